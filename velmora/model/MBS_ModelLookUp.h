@@ -1,0 +1,26 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+class MBS_Body;
+class MBS_Force;
+
+/// What objects see of the model beside its error road: the objects built so far, by identity and in order.
+/// An object holds no reference to it beyond its construction.
+class MBS_ModelLookUp {
+  public:
+    virtual ~MBS_ModelLookUp() = default;
+
+    /// First body with exactly this UUID; null if there is none.
+    virtual MBS_Body* getBodyByUUID(const std::string& uuid) const = 0;
+    /// All bodies in model order; the index is the body index.
+    virtual const std::vector<std::unique_ptr<MBS_Body>>& getBodies() const = 0;
+    /// All forces in model order.
+    virtual const std::vector<std::unique_ptr<MBS_Force>>& getForces() const = 0;
+};
+
+} // namespace velmora
