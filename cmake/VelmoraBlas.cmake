@@ -1,0 +1,28 @@
+# Chooses the dense kernels behind velmora/platform/blas.h: target velmora_blas.
+
+set(VELMORA_BLAS "OpenBLAS" CACHE STRING "Dense kernels: OpenBLAS or MKL")
+set_property(CACHE VELMORA_BLAS PROPERTY STRINGS OpenBLAS MKL)
+
+add_library(velmora_blas INTERFACE)
+if(VELMORA_BLAS STREQUAL "OpenBLAS")
+    find_package(PkgConfig QUIET)
+    if(PKG_CONFIG_FOUND)
+        pkg_check_modules(OPENBLAS QUIET IMPORTED_TARGET GLOBAL openblas)
+    endif()
+    if(TARGET PkgConfig::OPENBLAS)
+        target_link_libraries(velmora_blas INTERFACE PkgConfig::OPENBLAS)
+    else()
+        set(BLA_VENDOR OpenBLAS)
+        find_package(BLAS REQUIRED GLOBAL)
+        find_path(OPENBLAS_INCLUDE_DIR cblas.h PATH_SUFFIXES openblas openblas-pthread REQUIRED)
+        target_include_directories(velmora_blas SYSTEM INTERFACE ${OPENBLAS_INCLUDE_DIR})
+        target_link_libraries(velmora_blas INTERFACE BLAS::BLAS)
+    endif()
+elseif(VELMORA_BLAS STREQUAL "MKL")
+    set(MKL_INTERFACE lp64) # 32-bit integers
+    find_package(MKL CONFIG REQUIRED GLOBAL)
+    target_compile_definitions(velmora_blas INTERFACE VELMORA_BLAS_MKL)
+    target_link_libraries(velmora_blas INTERFACE MKL::MKL)
+else()
+    message(FATAL_ERROR "VELMORA_BLAS is \"${VELMORA_BLAS}\"; it must be OpenBLAS or MKL")
+endif()
