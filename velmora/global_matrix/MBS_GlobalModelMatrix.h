@@ -15,8 +15,8 @@ class MBS_ModelObjectLists;
 class MBS_ConstraintCell_Map_Procedure;
 class MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure;
 
-/// The sparse matrix that a solver factorises, described by the solver itself: J = sum over contributions k of
-/// s_k B(code_k), each placed in one cell of a grid of block rows and block columns.
+/// The sparse matrix that a solver factorises, described by the solver itself: J = sum over contributions k
+/// of s_k B(code_k), each placed in one cell of a grid of block rows and block columns.
 ///
 /// A block row or column has the size of the physical vector (bodies in model order) or of the constraint
 /// vector (inner equations of all bodies, then external constraints). The pattern is the union of the blocks
@@ -28,8 +28,8 @@ class VELMORA_EXPORT MBS_GlobalModelMatrix {
   public:
     /// Made by MBS_Model::createModelRelatedMatrix. The four lists are copied. Lists of unequal length, an
     /// unknown code, an index outside the grid, a block row or column without contribution, several
-    /// contributions in a constraint cell and mixed kinds in a cell are reported through the model; the matrix
-    /// then has no contributions and an empty sparse matrix.
+    /// contributions in a constraint cell and mixed kinds in a cell are reported through the model; the
+    /// matrix then has no contributions and an empty sparse matrix.
     MBS_GlobalModelMatrix(MBS_ModelObjectLists* model, unsigned numBlockRows, unsigned numBlockCols,
                           const std::vector<unsigned>* types, const std::vector<unsigned>* rows,
                           const std::vector<unsigned>* cols, const std::vector<double>* scalingValues,
@@ -42,8 +42,8 @@ class VELMORA_EXPORT MBS_GlobalModelMatrix {
     /// Physical cells stay untouched if the matrix was made for the modified HHT form. Values are 1.0 before
     /// the first update.
     void update();
-    /// The same for a matrix made for the modified HHT form. `T` holds one 4x4 matrix per body: the rotational
-    /// columns of the codes 104, 107 and 109 enter as -B T[b] in place of s_k B.
+    /// The same for a matrix made for the modified HHT form. `T` holds one 4x4 matrix per body: the
+    /// rotational columns of the codes 104, 107 and 109 enter as -B T[b] in place of s_k B.
     void updateForModifiedHHT(MBM_GeneralDenseMatrix** T);
 
     /// The matrix itself, owned by this object.

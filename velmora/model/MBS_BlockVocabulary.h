@@ -9,13 +9,13 @@ namespace velmora {
 
 /// What the value of a key stands for, beyond its type; tools check input by it before the kernel is asked.
 enum class MBS_KeyRole {
-    Plain,           ///< a number, flag or text with no further rule
-    UnitVector,      ///< a direction: three numbers of norm 1
-    Orientation,     ///< 3x3, column after column: axes of a right-handed frame
-    Mass,            ///< a mass, not negative
-    Inertia,         ///< three principal moments of inertia, which a body of positive mass must be able to have
-    BodyIDs,         ///< two body UUIDs, "0" for the ground
-    MeasureLabel,    ///< label of a measure
+    Plain,        ///< a number, flag or text with no further rule
+    UnitVector,   ///< a direction: three numbers of norm 1
+    Orientation,  ///< 3x3, column after column: axes of a right-handed frame
+    Mass,         ///< a mass, not negative
+    Inertia,      ///< three principal moments of inertia, which a body of positive mass must be able to have
+    BodyIDs,      ///< two body UUIDs, "0" for the ground
+    MeasureLabel, ///< label of a measure
     DataObjectLabel, ///< label of a data object
     Expression,      ///< text of the expression language
     File             ///< a file name
@@ -31,12 +31,13 @@ struct MBS_KeyInfo {
 
 /// What building a block of a type comes to.
 enum class MBS_TypeStatus {
-    Available,     ///< the block makes an object
+    Available,      ///< the block makes an object
     CreatesNothing, ///< the block is accepted and makes none
-    NotInThisBuild ///< the type is known, and refused
+    NotInThisBuild  ///< the type is known, and refused
 };
 
-/// One block type: what a block of this kind and type may hold. `keys` is empty for a type that isn't available.
+/// One block type: what a block of this kind and type may hold. `keys` is empty for a type that isn't
+/// available.
 struct MBS_BlockTypeInfo {
     const char* kind;
     const char* type;

@@ -18,18 +18,19 @@ class MBS_ResultFileManager;
 /// The mechanical model as a solver sees it. `makeModel` gives the concrete model; this class alone answers
 /// every question with "nothing".
 ///
-/// Equations of motion: M qdd + Cq' lambda + F_elastic + F_damping - Q_velInertia - Q_external = 0, C(q, t) = 0.
-/// Update operations refresh caches in bodies, constraints and forces; get operations combine what the last
-/// update left. What has to be called before what stands at each operation. A model serves one thread at a time.
+/// Equations of motion: M qdd + Cq' lambda + F_elastic + F_damping - Q_velInertia - Q_external = 0, C(q, t) =
+/// 0. Update operations refresh caches in bodies, constraints and forces; get operations combine what the
+/// last update left. What has to be called before what stands at each operation. A model serves one thread at
+/// a time.
 class VELMORA_EXPORT MBS_Model : public MBS_Item {
   public:
     using P = MBS_ModelPhysicalDofVector;
     using C = MBS_ModelConstraintDofVector;
 
     /// Builds the model of all blocks: data objects, bodies, measures, constraints, forces, actors, in this
-    /// order. Null for a null data model. The model comes back also when objects failed: test `isErrorOccured`.
-    /// The caller deletes it, after everything made from it. Throws a `std::string` for an unknown type of a
-    /// "DataObject" block.
+    /// order. Null for a null data model. The model comes back also when objects failed: test
+    /// `isErrorOccured`. The caller deletes it, after everything made from it. Throws a `std::string` for an
+    /// unknown type of a "DataObject" block.
     static MBS_Model* makeModel(IO_DataModel* dataModel, IO_OutputManager* outputManager);
 
     /// An empty model with the data model's name (empty for a null pointer).
@@ -60,8 +61,8 @@ class VELMORA_EXPORT MBS_Model : public MBS_Item {
     virtual void resetModel();
 
     /// A sparse matrix J = sum s_k B(code_k) on a grid of block rows and columns: per contribution a code, a
-    /// block row, a block column and a weight. The caller deletes it before the model. With `isModifiedHHT` the
-    /// physical part is refreshed by `updateForModifiedHHT` alone.
+    /// block row, a block column and a weight. The caller deletes it before the model. With `isModifiedHHT`
+    /// the physical part is refreshed by `updateForModifiedHHT` alone.
     virtual MBS_GlobalModelMatrix*
     createModelRelatedMatrix(unsigned numBlockRows, unsigned numBlockCols, const std::vector<unsigned>* types,
                              const std::vector<unsigned>* rows, const std::vector<unsigned>* cols,

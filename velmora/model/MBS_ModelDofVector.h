@@ -23,11 +23,12 @@ class VELMORA_EXPORT MBS_ModelDofVector {
     MBS_ModelDofVector& operator=(const MBS_ModelDofVector&) = default;
 };
 
-/// One entry per physical degree of freedom: positions q, velocities qd, accelerations qdd, generalised forces.
+/// One entry per physical degree of freedom: positions q, velocities qd, accelerations qdd, generalised
+/// forces.
 ///
-/// Bodies stand in model order; within a body come 3 translations (global frame), 4 Euler parameters, then the
-/// modal coordinates. All views look into the one contiguous array of `dofVector`; nothing is ever copied.
-/// Values are undefined until somebody has written them.
+/// Bodies stand in model order; within a body come 3 translations (global frame), 4 Euler parameters, then
+/// the modal coordinates. All views look into the one contiguous array of `dofVector`; nothing is ever
+/// copied. Values are undefined until somebody has written them.
 class VELMORA_EXPORT MBS_ModelPhysicalDofVector : public MBS_ModelDofVector {
   public:
     using View = std::unique_ptr<MBM_DenseSubVector>;
@@ -62,9 +63,9 @@ class VELMORA_EXPORT MBS_ModelPhysicalDofVector : public MBS_ModelDofVector {
 
     std::unique_ptr<MBM_DenseStandAloneVector> dofVector; ///< the whole vector
     std::vector<View> bodyDof;                            ///< per body: all its coordinates
-    std::vector<View> transDof; ///< per body: translations; null if it has none
-    std::vector<View> rotDof;   ///< per body: Euler parameters; null if it has none
-    std::vector<View> flexDof;  ///< per body: modal coordinates; null if it has none
+    std::vector<View> transDof;                           ///< per body: translations; null if it has none
+    std::vector<View> rotDof;                             ///< per body: Euler parameters; null if it has none
+    std::vector<View> flexDof;        ///< per body: modal coordinates; null if it has none
     std::vector<unsigned> bodyOffset; ///< per body: place of its first coordinate in `dofVector`
 
   private:

@@ -8,9 +8,10 @@ namespace velmora {
 
 class MBS_Body;
 class MBS_Force;
+class MBS_Model;
 
 /// What objects see of the model beside its error road: the objects built so far, by identity and in order.
-/// An object holds no reference to it beyond its construction.
+/// An object keeps no reference to it beyond its construction.
 class MBS_ModelLookUp {
   public:
     virtual ~MBS_ModelLookUp() = default;
@@ -19,8 +20,17 @@ class MBS_ModelLookUp {
     virtual MBS_Body* getBodyByUUID(const std::string& uuid) const = 0;
     /// All bodies in model order; the index is the body index.
     virtual const std::vector<std::unique_ptr<MBS_Body>>& getBodies() const = 0;
+};
+
+/// The finished lists of a model, as the global matrix and the result files walk them.
+class MBS_ModelObjectLists : public MBS_ModelLookUp {
+  public:
     /// All forces in model order.
     virtual const std::vector<std::unique_ptr<MBS_Force>>& getForces() const = 0;
+    /// The model with its counters and its name.
+    virtual const MBS_Model& getModel() const = 0;
+    /// Reports an error of something made from the model on the model's one road.
+    virtual void reportError(std::string message) = 0;
 };
 
 } // namespace velmora

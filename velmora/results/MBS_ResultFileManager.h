@@ -36,7 +36,8 @@ class VELMORA_EXPORT MBS_ResultFileManager {
 
     virtual std::string getClassName() const { return "MBS_ResultFileManager"; }
 
-    /// Opens every file and writes the header of those that start anew; false at the first that can't be opened.
+    /// Opens every file and writes the header of those that start anew; false at the first that can't be
+    /// opened.
     bool openAllResultFiles();
     /// Closes every open file.
     void closeAllResultFiles();

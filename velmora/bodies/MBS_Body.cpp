@@ -1,0 +1,71 @@
+#include "velmora/bodies/MBS_Body.h"
+
+#include "velmora/io/IO_DataModelBlock.h"
+#include "velmora/model/BlockProducts.h"
+#include "velmora/model/MBS_ModelDofVector.h"
+
+#include <algorithm>
+
+namespace velmora {
+
+MBS_Body::MBS_Body(IO_DataModelBlock* block, MBS_Model* owner, unsigned index, unsigned numOfFlexDof)
+    : MBS_ModelObject(block, owner),
+      initialPositions(7 + numOfFlexDof, 0.0),
+      initialVelocities(7 + numOfFlexDof, 0.0),
+      numFlexDof(numOfFlexDof),
+      bodyIndex(index) {
+    if (block->isKeyInBlock("BodyName"))
+        block->getValue("BodyName", &bodyName, IO_ValueCode::String);
+    if (block->isKeyInBlock("RegardVelocityInertiaForcesInsideJacobian"))
+        block->getValue("RegardVelocityInertiaForcesInsideJacobian",
+                        &regardVelocityInertiaForcesInsideJacobian);
+}
+
+MBS_Body::~MBS_Body() = default;
+
+void MBS_Body::clear(P* Q) const {
+    std::fill_n(Q->bodyData(bodyIndex), getNumOfDof(), 0.0);
+}
+
+void MBS_Body::getMqddDqTimesW(const P* w, P* Q) {
+    clear(Q);
+    const double* wRot = w->bodyData(bodyIndex) + 3;
+    double* rot = Q->bodyData(bodyIndex) + 3;
+    const auto& B = mQdd_q->block;
+    addTransposedProduct(B[Rot][Rot].get(), wRot, rot);
+    addTransposedProduct(B[Flex][Rot].get(), wRot + 4, rot);
+    addTransposedProduct(B[Flex][Flex].get(), wRot + 4, rot + 4);
+    addTransposedProduct(B[Rot][Flex].get(), wRot, rot + 4);
+}
+
+void MBS_Body::copyInitialData(P* q, P* qd) const {
+    std::copy(initialPositions.begin(), initialPositions.end(), q->bodyData(bodyIndex));
+    std::copy(initialVelocities.begin(), initialVelocities.end(), qd->bodyData(bodyIndex));
+}
+
+double MBS_Body::getNormResidual(const P* q) const {
+    return normResidual(q->bodyData(bodyIndex) + 3) - initialNormOffset;
+}
+
+void MBS_Body::computeBbar(const P* q, P* out) const {
+    if (!out)
+        return;
+    clear(out);
+    const Vec3 r = Vec3::from(q->bodyData(bodyIndex));
+    const Vec4 e = Vec4::from(q->bodyData(bodyIndex) + 3);
+    for (const MBS_ActorPull* actor : actors) {
+        if (!actor->isActive)
+            continue;
+        const Vec3& u = actor->actingPoint;
+        const Vec3 pull = actor->weight * (actor->targetPoint - (r + A(e) * u));
+        pull.addTo(out->bodyData(bodyIndex));
+        transposeTimes(J(e, u), pull).addTo(out->bodyData(bodyIndex) + 3);
+    }
+}
+
+void MBS_Body::updateInitialPose() {
+    position = Vec3::from(initialPositions.data());
+    rotationMatrix = A(Vec4::from(initialPositions.data() + 3));
+}
+
+} // namespace velmora

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "velmora/bodies/MBS_ActorPull.h"
+#include "velmora/bodies/MBS_BodyCommons.h"
+#include "velmora/bodies/MBS_BodyParameter.h"
+#include "velmora/bodies/MBS_GeneralSingleBodyMatrix.h"
+#include "velmora/bodies/MBS_InnerConstraint_CqT.h"
+#include "velmora/model/MBS_ModelObject.h"
+
+#include <memory>
+#include <vector>
+
+namespace velmora {
+
+class MBS_ModelConstraintDofVector;
+
+/// What every body offers the model. Coordinates: r (3, global frame), p (4 Euler parameters), modal
+/// coordinates; velocities and accelerations are the time derivatives of these very numbers.
+///
+/// Every body has one inner constraint, C = p'p - 1 - `initialNormOffset`: the norm of p keeps its initial
+/// value.
+class MBS_Body : public MBS_ModelObject {
+  public:
+    using P = MBS_ModelPhysicalDofVector;
+    using C = MBS_ModelConstraintDofVector;
+    using Matrix = std::unique_ptr<MBS_GeneralSingleBodyMatrix>;
+
+    /// Reads "BodyName" (text, default "noName") and "RegardVelocityInertiaForcesInsideJacobian" (bool,
+    /// default yes).
+    MBS_Body(IO_DataModelBlock* block, MBS_Model* owner, unsigned index, unsigned numOfFlexDof);
+    ~MBS_Body() override;
+
+    std::string getClassName() const override { return "MBS_Body"; }
+
+    virtual void updateBodyData() {}
+    /// Quadratic velocity vector into the body's part of Q; needs current commons.
+    virtual void getVelInertiaForces(const P* q, const P* qd, P* Q) = 0;
+    virtual void getElasticForces(const P* q, P* Q) = 0;
+    virtual void getDampingForces(const P* qd, P* Q) = 0;
+    /// Q = (d(M qdd)/dq)' w over the rotational and flexible coordinates.
+    virtual void getMqddDqTimesW(const P* w, P* Q);
+    virtual void copyInitialData(P* q, P* qd) const;
+    virtual bool isRigidBody() const = 0;
+    virtual bool isZeroInertiaBody() const { return false; }
+    virtual void setTimeOfLastSuccessfulStep(double t) { timeOfLastSuccessfulStep = t; }
+
+    /// Total mass; 0.0 for a body without parameters.
+    double getMass() const { return parameter ? parameter->getMass() : 0.0; }
+    /// Residual of the inner constraint.
+    double getNormResidual(const P* q) const;
+    /// Right-hand side of the position-level solve into the body's part of `out` (null: nothing): the sum
+    /// over active actors of J' W (target - r - A u) with J = [1, J(p, u)].
+    void computeBbar(const P* q, P* out) const;
+
+    unsigned getNumOfDof() const { return numTransDof + numRotDof + numFlexDof; }
+
+    std::string bodyName = "noName";
+    double initialNormOffset = 0.0; ///< p'p - 1 at the start
+    bool regardVelocityInertiaForcesInsideJacobian = true;
+    std::vector<double> initialPositions, initialVelocities; ///< over all coordinates of the body
+    std::unique_ptr<MBS_BodyParameter> parameter;
+    std::unique_ptr<MBS_BodyCommons> commons;
+
+    // Derivative blocks; null where a class has none.
+    Matrix massMatrix;     ///< M
+    Matrix mQdd_q;         ///< d(M qdd)/dq
+    Matrix qvv_q;          ///< dQ_velInertia/dq
+    Matrix qvv_qd;         ///< dQ_velInertia/dqd
+    Matrix cqLi_q;         ///< d(Cq' lambda)/dq of the inner constraint
+    Matrix stiffnessBlock; ///< dF_elastic/dq
+    Matrix dampingBlock;   ///< dF_damping/dqd
+    Matrix aBar4KinSolver; ///< matrix of the position-level solve
+    std::unique_ptr<MBS_InnerConstraint_CqT> cqT, cqTdT;
+
+    unsigned numTransDof = 3;
+    unsigned numRotDof = 4;
+    unsigned numFlexDof;
+    unsigned numInnerConstraintDof = 1;
+    unsigned bodyIndex;
+    double timeOfLastSuccessfulStep = 0.0;
+    std::vector<MBS_ActorPull*> actors; ///< actors on this body, in their order; not owned
+
+    Vec3 position;       ///< r at the start
+    Mat3 rotationMatrix; ///< A at the start
+
+  protected:
+    /// Sets `position` and `rotationMatrix` from the initial coordinates.
+    void updateInitialPose();
+    /// Clears the body's part of Q.
+    void clear(P* Q) const;
+};
+
+} // namespace velmora

@@ -1,0 +1,23 @@
+#include "velmora/bodies/MBS_BodyCommons.h"
+
+#include "velmora/model/MBS_ModelDofVector.h"
+
+namespace velmora {
+
+void MBS_BodyCommons::update(double, const P* q, const P* qd, const P*) {
+    p = Vec4::from(q->bodyData(bodyIndex) + 3);
+    dp = Vec4::from(qd->bodyData(bodyIndex) + 3);
+    Gbar = velmora::Gbar(p);
+    G = velmora::G(p);
+    GbarDot = velmora::Gbar(dp);
+    omegaBar = Gbar * dp;
+    A = velmora::A(p);
+}
+
+void MBS_BodyCommons::updateRotationMatrix(const P* q) {
+    A = velmora::A(Vec4::from(q->bodyData(bodyIndex) + 3));
+}
+
+void MBS_BodyCommons::updateForAcceleration(double, const P*, const P*, const P*) {}
+
+} // namespace velmora

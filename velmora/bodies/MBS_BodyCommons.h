@@ -1,0 +1,39 @@
+#pragma once
+
+#include "velmora/bodies/RotationAlgebra.h"
+
+#include <string>
+
+namespace velmora {
+
+class MBS_ModelPhysicalDofVector;
+
+/// Kinematic products of one body at the state of the last update, computed once and read by everybody else.
+class MBS_BodyCommons {
+  public:
+    using P = MBS_ModelPhysicalDofVector;
+
+    explicit MBS_BodyCommons(unsigned index) : bodyIndex(index) {}
+    MBS_BodyCommons(const MBS_BodyCommons&) = delete;
+    MBS_BodyCommons& operator=(const MBS_BodyCommons&) = delete;
+    virtual ~MBS_BodyCommons() = default;
+
+    virtual std::string getClassName() const { return "MBS_BodyCommons"; }
+
+    /// Refreshes everything at (q, qd). On a position-level solve q stands in the place of qd too.
+    virtual void update(double time, const P* q, const P* qd, const P* qdd);
+    /// Refreshes A alone.
+    virtual void updateRotationMatrix(const P* q);
+    /// Refreshes what needs accelerations; nothing for most bodies.
+    virtual void updateForAcceleration(double time, const P* q, const P* qd, const P* qdd);
+
+    unsigned bodyIndex;
+    Vec4 p, dp;    ///< Euler parameters and their rates
+    Mat34 Gbar;    ///< 3x4, omega in the body frame = Gbar dp; holds the factor 2
+    Mat34 G;       ///< 3x4, omega in the global frame = G dp; holds the factor 2
+    Mat34 GbarDot; ///< time derivative of Gbar
+    Vec3 omegaBar; ///< angular velocity, body frame
+    Mat3 A;        ///< body frame to global frame
+};
+
+} // namespace velmora

@@ -1,0 +1,96 @@
+#include "velmora/bodies/MBS_RigidBody_EulerP_PAI.h"
+
+#include "velmora/bodies/MBS_RigidBody_EulerP_PAI_Matrix.h"
+#include "velmora/bodies/MBS_RotationMath.h"
+#include "velmora/io/IO_DataModelBlock.h"
+#include "velmora/matrix/MBM_DenseMatrix.h"
+#include "velmora/model/MBS_Math.h"
+#include "velmora/model/MBS_ModelDofVector.h"
+
+#include <algorithm>
+
+namespace velmora {
+
+void MBS_RigidBody_EulerP_PAI_Parameter::getInertiaComponents(double* components) const {
+    inertia.to(components);
+    std::fill_n(components + 3, 3, 0.0);
+}
+
+MBS_RigidBody_EulerP_PAI_Commons::MBS_RigidBody_EulerP_PAI_Commons(
+    unsigned index, const MBS_RigidBody_EulerP_PAI_Parameter& parameter)
+    : MBS_BodyCommons(index),
+      Ibar(parameter.inertia),
+      isMassless(parameter.mass == 0.0) {}
+
+void MBS_RigidBody_EulerP_PAI_Commons::update(double time, const P* q, const P* qd, const P* qdd) {
+    MBS_BodyCommons::update(time, q, qd, qdd);
+    if (isMassless)
+        return;
+    IbarGbar = diagTimes(Ibar, Gbar);
+    IbarOmegaBar = diagTimes(Ibar, omegaBar);
+}
+
+MBS_RigidBody_EulerP_PAI::MBS_RigidBody_EulerP_PAI(IO_DataModelBlock* block, MBS_Model* owner, unsigned index)
+    : MBS_Body(block, owner, index, 0) {
+    double mass = 0.0;
+    Vec3 inertia, omega;
+    MBM_GeneralDenseMatrix orientation(3, 3, 0.0);
+    block->getValue("Mass", &mass, IO_ValueCode::Double);
+    block->getValue("Inertia", inertia.data.data(), IO_ValueCode::DoubleVector3);
+    block->getValue("LocationCenterMass", initialPositions.data(), IO_ValueCode::DoubleVector3);
+    block->getValue("OrientationPAI", orientation.data, IO_ValueCode::DoubleMatrix3x3);
+    MBS_Math::performOrthonormalization(&orientation);
+    block->getValue("InitialVelocityVector", initialVelocities.data(), IO_ValueCode::DoubleVector3);
+    block->getValue("InitialOmegaVector", omega.data.data(), IO_ValueCode::DoubleVector3);
+    if (reportBlockErrors(*block))
+        return;
+    setInitialRotation(Mat3::from(orientation.data), omega);
+
+    auto ownParameter = std::make_unique<MBS_RigidBody_EulerP_PAI_Parameter>(mass, inertia);
+    auto ownCommons = std::make_unique<MBS_RigidBody_EulerP_PAI_Commons>(index, *ownParameter);
+    rigidCommons = ownCommons.get();
+    parameter = std::move(ownParameter);
+    commons = std::move(ownCommons);
+    isZeroInertia = mass == 0.0;
+    createBlocks();
+    updateInitialPose();
+}
+
+void MBS_RigidBody_EulerP_PAI::setInitialRotation(const Mat3& orientation, const Vec3& omega) {
+    double* p = initialPositions.data() + 3;
+    MBS_RotationMath::rotationMatrixToEulerParameters(3, orientation.data.data(), p);
+    initialNormOffset = normResidual(p);
+    const Vec3 omegaBar = transposeTimes(orientation, omega);
+    MBS_RotationMath::omegaBarToEulerRates(omegaBar, Vec4::from(p)).to(initialVelocities.data() + 3);
+}
+
+void MBS_RigidBody_EulerP_PAI::createBlocks() {
+    const auto& c = *rigidCommons;
+    massMatrix = std::make_unique<MBS_RigidBody_EulerP_PAI_MassMatrix>(*this, c);
+    mQdd_q = std::make_unique<MBS_RigidBody_EulerP_PAI_MQdd_q>(*this, c);
+    qvv_q = std::make_unique<MBS_RigidBody_EulerP_PAI_Qvv_q>(*this, c);
+    qvv_qd = std::make_unique<MBS_RigidBody_EulerP_PAI_Qvv_qd>(*this, c);
+    cqLi_q = std::make_unique<MBS_RigidBody_EulerP_PAI_CqLi_q>(*this, c);
+    aBar4KinSolver = std::make_unique<MBS_RigidBody_EulerP_PAI_ABar4KinSolver>(*this, c);
+    cqT = std::make_unique<MBS_RiBo_PAI_CqT>(*this);
+    cqTdT = std::make_unique<MBS_RiBo_PAI_CqTdT>(*this);
+}
+
+// Q_r = -Gbar' (w x I w). The translational part vanishes since the reference point is the centre of mass.
+void MBS_RigidBody_EulerP_PAI::getVelInertiaForces(const P*, const P*, P* Q) {
+    clear(Q);
+    if (isZeroInertia)
+        return;
+    const auto& c = *rigidCommons;
+    transposeTimes(c.Gbar, cross(c.IbarOmegaBar, c.omegaBar)).to(Q->bodyData(bodyIndex) + 3);
+}
+
+void MBS_RigidBody_EulerP_PAI::getElasticForces(const P*, P* Q) {
+    clear(Q);
+}
+
+void MBS_RigidBody_EulerP_PAI::getDampingForces(const P*, P* Q) {
+    clear(Q);
+}
+
+} // namespace velmora

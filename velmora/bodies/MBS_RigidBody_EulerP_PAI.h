@@ -1,0 +1,64 @@
+#pragma once
+
+#include "velmora/bodies/MBS_Body.h"
+
+namespace velmora {
+
+/// Mass and principal moments of inertia of a rigid body, about its centre of mass.
+class MBS_RigidBody_EulerP_PAI_Parameter : public MBS_BodyParameter {
+  public:
+    MBS_RigidBody_EulerP_PAI_Parameter(double totalMass, const Vec3& principalMoments)
+        : mass(totalMass),
+          inertia(principalMoments) {}
+    std::string getClassName() const override { return "MBS_RigidBody_EulerP_PAI_Parameter"; }
+    double getMass() const override { return mass; }
+    void getInertiaComponents(double* components) const override;
+
+    double mass;
+    Vec3 inertia; ///< I1, I2, I3
+};
+
+/// Kinematic products of a rigid body with its inertia in them; a massless body has none of these.
+class MBS_RigidBody_EulerP_PAI_Commons : public MBS_BodyCommons {
+  public:
+    MBS_RigidBody_EulerP_PAI_Commons(unsigned index, const MBS_RigidBody_EulerP_PAI_Parameter& parameter);
+    std::string getClassName() const override { return "MBS_RigidBody_EulerP_PAI_Commons"; }
+    void update(double time, const P* q, const P* qd, const P* qdd) override;
+
+    Vec3 Ibar;         ///< I1, I2, I3
+    Mat34 IbarGbar;    ///< 3x4, diag(I) Gbar
+    Vec3 IbarOmegaBar; ///< diag(I) omegaBar: angular momentum about the centre of mass, body frame
+    bool isMassless;
+};
+
+/// Rigid body: origin at the centre of mass, axes along the principal axes of inertia, orientation in Euler
+/// parameters p, one norm constraint.
+///
+/// Equations of motion, with w = Gbar dp the angular velocity in the body frame (Nikravesh, chapter 8):
+///
+///     m r'' = F,    Gbar' I Gbar p'' + 2 p lambda = -Gbar' (w x I w) + Q_r
+class MBS_RigidBody_EulerP_PAI : public MBS_Body {
+  public:
+    /// Reads "Mass", "Inertia" (3 principal moments), "LocationCenterMass" (3, global), "OrientationPAI"
+    /// (3x3, column after column: the principal axes in the global frame; made orthonormal),
+    /// "InitialVelocityVector" (3, global) and "InitialOmegaVector" (3, global). A read error ends the
+    /// construction.
+    MBS_RigidBody_EulerP_PAI(IO_DataModelBlock* block, MBS_Model* owner, unsigned index);
+
+    std::string getClassName() const override { return "MBS_RigidBody_EulerP_PAI"; }
+    void getVelInertiaForces(const P* q, const P* qd, P* Q) override;
+    void getElasticForces(const P* q, P* Q) override;
+    void getDampingForces(const P* qd, P* Q) override;
+    bool isRigidBody() const override { return true; }
+    bool isZeroInertiaBody() const override { return isZeroInertia; }
+
+    bool isZeroInertia = false; ///< the mass is 0.0
+
+  private:
+    void setInitialRotation(const Mat3& orientation, const Vec3& omega);
+    void createBlocks();
+
+    const MBS_RigidBody_EulerP_PAI_Commons* rigidCommons = nullptr; // owned as `commons`
+};
+
+} // namespace velmora

@@ -1,0 +1,35 @@
+#include "velmora/forces/MBS_ForceTypes.h"
+
+#include "velmora/forces/MBS_GravityForce.h"
+#include "velmora/io/IO_DataModelBlock.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr MBS_KeyInfo gravityKeys[] = {
+    {"active", IO_ValueCode::Bool, false},
+    {"GravityAccVector", IO_ValueCode::DoubleVector3},
+    {"ActivationTime", IO_ValueCode::Double, false},
+};
+
+constexpr MBS_ForceType types[] = {
+    {"GenericForce", MBS_TypeStatus::NotInThisBuild, {}, nullptr},
+    {"GenericTorque", MBS_TypeStatus::NotInThisBuild, {}, nullptr},
+    {"Gravity", MBS_TypeStatus::Available, gravityKeys,
+     [](IO_DataModelBlock* block, MBS_Model* model, const MBS_ModelLookUp& lookUp)
+         -> std::unique_ptr<MBS_Force> { return std::make_unique<MBS_GravityForce>(block, model, lookUp); }},
+    {"ExternalSubroutine", MBS_TypeStatus::NotInThisBuild, {}, nullptr},
+    {"FlexBodyJointForce", MBS_TypeStatus::CreatesNothing, {}, nullptr},
+    {"TireForce", MBS_TypeStatus::CreatesNothing, {}, nullptr},
+    {"RigidContact", MBS_TypeStatus::NotInThisBuild, {}, nullptr},
+    {"ModalForceSubroutine", MBS_TypeStatus::CreatesNothing, {}, nullptr},
+};
+
+} // namespace
+
+std::span<const MBS_ForceType> MBS_forceTypes() {
+    return types;
+}
+
+} // namespace velmora

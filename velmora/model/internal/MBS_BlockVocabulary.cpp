@@ -1,0 +1,22 @@
+#include "velmora/model/MBS_BlockVocabulary.h"
+
+#include "velmora/bodies/MBS_Body.h"
+#include "velmora/bodies/MBS_BodyTypes.h"
+#include "velmora/forces/MBS_Force.h"
+#include "velmora/forces/MBS_ForceTypes.h"
+#include "velmora/model/internal/MBS_AnnouncedTypes.h"
+
+namespace velmora {
+
+std::vector<MBS_BlockTypeInfo> MBS_getBlockVocabulary() {
+    std::vector<MBS_BlockTypeInfo> vocabulary;
+    for (const auto& row : MBS_bodyTypes())
+        vocabulary.push_back({"Body", row.type, row.status, row.keys});
+    for (const auto& row : MBS_forceTypes())
+        vocabulary.push_back({"Force", row.type, row.status, row.keys});
+    for (const auto& row : MBS_announcedTypes())
+        vocabulary.push_back(row);
+    return vocabulary;
+}
+
+} // namespace velmora

@@ -1,0 +1,100 @@
+#include "velmora/model/internal/MBS_InternalModel.h"
+
+#include "velmora/bodies/MBS_Body.h"
+#include "velmora/forces/MBS_Force.h"
+#include "velmora/global_matrix/MBS_GlobalModelMatrix.h"
+#include "velmora/io/IO_DataModel.h"
+#include "velmora/model/MBS_ModelDofVector.h"
+#include "velmora/model/internal/MBS_ModelBuilder.h"
+#include "velmora/results/MBS_ResultFileManager.h"
+
+#include <algorithm>
+
+// The model's structure: building, counting, looking up. What it computes stands in
+// MBS_InternalModel_Evaluation.cpp.
+
+namespace velmora {
+
+MBS_Model* MBS_Model::makeModel(IO_DataModel* dataModel, IO_OutputManager* outputManager) {
+    if (!dataModel)
+        return nullptr;
+    auto model = std::make_unique<MBS_InternalModel>(dataModel, outputManager);
+    MBS_ModelBuilder(*model, *dataModel).buildAll();
+    model->sumUpDof();
+    return model.release();
+}
+
+MBS_InternalModel::MBS_InternalModel(IO_DataModel* dataModel, IO_OutputManager* manager)
+    : MBS_Model(dataModel, manager) {}
+
+MBS_InternalModel::~MBS_InternalModel() {
+    forces.clear();
+    bodies.clear();
+}
+
+MBS_Body* MBS_InternalModel::getBodyByUUID(const std::string& uuid) const {
+    const auto found = bodyByUUID.find(uuid);
+    return found == bodyByUUID.end() ? nullptr : found->second;
+}
+
+void MBS_InternalModel::addBody(std::unique_ptr<MBS_Body> body) {
+    bodyByUUID.emplace(body->uuid, body.get());
+    bodies.push_back(std::move(body));
+}
+
+void MBS_InternalModel::addForce(std::unique_ptr<MBS_Force> force) {
+    forces.push_back(std::move(force));
+}
+
+void MBS_InternalModel::sumUpDof() {
+    for (const auto& body : bodies) {
+        numOfPhysicalDof += body->getNumOfDof();
+        numOfInnerConstraintDof += body->numInnerConstraintDof;
+    }
+    numOfAllDofInModel = numOfPhysicalDof + numOfExternalConstraintDof + numOfInnerConstraintDof;
+}
+
+MBS_GlobalModelMatrix* MBS_InternalModel::createModelRelatedMatrix(
+    unsigned numBlockRows, unsigned numBlockCols, const std::vector<unsigned>* types,
+    const std::vector<unsigned>* rows, const std::vector<unsigned>* cols,
+    const std::vector<double>* scalingValues, bool isModifiedHHT) {
+    return new MBS_GlobalModelMatrix(this, numBlockRows, numBlockCols, types, rows, cols, scalingValues,
+                                     isModifiedHHT);
+}
+
+MBS_ResultFileManager* MBS_InternalModel::createResultFileManager(IO_DataModelBlock* block) {
+    return new MBS_ResultFileManager(this, outputManager, block);
+}
+
+unsigned MBS_InternalModel::getNumOfTransDofOfBody(unsigned i) const {
+    return i < bodies.size() ? bodies[i]->numTransDof : 0;
+}
+unsigned MBS_InternalModel::getNumOfRotDofOfBody(unsigned i) const {
+    return i < bodies.size() ? bodies[i]->numRotDof : 0;
+}
+unsigned MBS_InternalModel::getNumOfFlexDofOfBody(unsigned i) const {
+    return i < bodies.size() ? bodies[i]->numFlexDof : 0;
+}
+unsigned MBS_InternalModel::getNumOfInnerConstraintDofOfBody(unsigned i) const {
+    return i < bodies.size() ? bodies[i]->numInnerConstraintDof : 0;
+}
+
+unsigned MBS_InternalModel::getNumOfExternalForces() const {
+    return static_cast<unsigned>(forces.size());
+}
+unsigned MBS_InternalModel::getNumOfDataObjects() const {
+    return static_cast<unsigned>(dataObjectUUIDs.size());
+}
+unsigned MBS_InternalModel::getNumOfBodies() const {
+    return static_cast<unsigned>(bodies.size());
+}
+unsigned MBS_InternalModel::getNumOfFlexBodies() const {
+    return static_cast<unsigned>(
+        std::ranges::count_if(bodies, [](const auto& body) { return !body->isRigidBody(); }));
+}
+unsigned MBS_InternalModel::getNumOfZeroInertiaRigidBodies() const {
+    return static_cast<unsigned>(
+        std::ranges::count_if(bodies, [](const auto& body) { return body->isZeroInertiaBody(); }));
+}
+
+} // namespace velmora

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "velmora/model/MBS_Model.h"
+#include "velmora/model/MBS_ModelLookUp.h"
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace velmora {
+
+/// The concrete model: owns all objects, in the order of their blocks, and answers the solver by walking
+/// them. Lists are filled once and never change. It knows the roots of the families, not their concrete
+/// classes.
+class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
+  public:
+    MBS_InternalModel(IO_DataModel* dataModel, IO_OutputManager* manager);
+    ~MBS_InternalModel() override;
+
+    std::string getClassName() const override { return "MBS_InternalModel"; }
+
+    // Lists and look-ups.
+    MBS_Body* getBodyByUUID(const std::string& uuid) const override;
+    const std::vector<std::unique_ptr<MBS_Body>>& getBodies() const override { return bodies; }
+    const std::vector<std::unique_ptr<MBS_Force>>& getForces() const override { return forces; }
+    const MBS_Model& getModel() const override { return *this; }
+    void reportError(std::string message) override { appendErrorString(std::move(message)); }
+
+    // What the builder adds; each takes the next index of its list.
+    void addBody(std::unique_ptr<MBS_Body> body);
+    void addForce(std::unique_ptr<MBS_Force> force);
+    /// Keeps the place of a data object that could not be made.
+    void addDataObjectUUID(const std::string& uuid) { dataObjectUUIDs.push_back(uuid); }
+    void sumUpDof();
+
+    MBS_GlobalModelMatrix*
+    createModelRelatedMatrix(unsigned numBlockRows, unsigned numBlockCols, const std::vector<unsigned>* types,
+                             const std::vector<unsigned>* rows, const std::vector<unsigned>* cols,
+                             const std::vector<double>* scalingValues, bool isModifiedHHT) override;
+    MBS_ResultFileManager* createResultFileManager(IO_DataModelBlock* block) override;
+
+    void updateMatricesForEquationOfMotion(double t, const P* q, const P* qd, const P* qdd) override;
+    void updateMatricesForEquationOfMotionAndComputeResiduumForConstrDOF(double t, const P* q, const P* qd,
+                                                                         const P* qdd, C* out) override;
+    void updateMatricesForJacobian(double t, const P* q, const P* qd, const P* qdd,
+                                   const C* multipliers) override;
+    void setTimeOfLastSuccessfulStep(double t) override;
+    void updateForKinematicSolverAndComputeBbar(const P* q, P* out, C* residual) override;
+
+    void getAccInertiaForces(const P* qdd, P* out) override;
+    void getVelInertiaForces(const P* q, const P* qd, P* out) override;
+    void getElasticForces(const P* q, P* out) override;
+    void getDampingForces(const P* qd, P* out) override;
+    void getConstraintForces(const C* multipliers, P* out) override;
+    void getExternalForces(double t, const P* q, const P* qd, const P* qdd, P* out) override;
+    void getExternalForcesDPar(double t, const P* q, const P* qd, const P* qdd, const std::string* label,
+                               P* out) override;
+    void getMqddDqTimesW(const P* w, P* out) override;
+    void getVelInertiaForcesDqTimesW(const P* w, P* out) override;
+    void getExternalForcesDqTimesW(const P* w, P* out) override;
+    void getConstraintForceDqTimesW(const P* w, P* out) override;
+
+    void getAndUpdateConstraints(double t, const P* q, const P* qd, const P* qdd, C* out) override;
+    void getCqdT_Mult_Qd(const P* q, const P* qd, const P* qdd, C* out) override;
+    void get_C_t(double t, const P* q, const P* qd, const P* qdd, C* out) override;
+    void get_C_t_order2(double t, const P* q, const P* qd, const P* qdd, C* out) override;
+
+    void copyInitialDataIntoPhysicalDofVector(P* q, P* qd) override;
+    unsigned getNumOfTransDofOfBody(unsigned bodyIndex) const override;
+    unsigned getNumOfRotDofOfBody(unsigned bodyIndex) const override;
+    unsigned getNumOfFlexDofOfBody(unsigned bodyIndex) const override;
+    unsigned getNumOfInnerConstraintDofOfBody(unsigned bodyIndex) const override;
+    unsigned getNumOfExternalForces() const override;
+    unsigned getNumOfDataObjects() const override;
+    unsigned getNumOfBodies() const override;
+    unsigned getNumOfFlexBodies() const override;
+    unsigned getNumOfZeroInertiaRigidBodies() const override;
+    void getCurrentStateResultFileBlock(const P* q, std::vector<double*>* blocks) override;
+
+  private:
+    std::vector<std::unique_ptr<MBS_Body>> bodies;
+    std::unordered_map<std::string, MBS_Body*> bodyByUUID; // first body of a UUID wins
+    std::vector<std::unique_ptr<MBS_Force>> forces;        // destroyed before the bodies
+    std::vector<std::string> dataObjectUUIDs;
+};
+
+} // namespace velmora

@@ -1,0 +1,192 @@
+#include "velmora/bodies/MBS_Body.h"
+#include "velmora/forces/MBS_Force.h"
+#include "velmora/model/BlockProducts.h"
+#include "velmora/model/MBS_ModelDofVector.h"
+#include "velmora/model/internal/MBS_InternalModel.h"
+
+#include <algorithm>
+
+// What the model computes. Update operations refresh the caches of bodies, forces and constraints; get
+// operations combine what the last update left.
+
+namespace velmora {
+
+namespace {
+
+void clearAll(MBS_ModelPhysicalDofVector* v) {
+    std::fill_n(v->dofVector->data, v->dofVector->size, 0.0);
+}
+
+void clearAll(MBS_ModelConstraintDofVector* v) {
+    if (v->dofVector)
+        std::fill_n(v->dofVector->data, v->dofVector->size, 0.0);
+}
+
+// The multiplier or residual of a body's norm constraint. Inner equations stand first, one per body.
+double& innerEquation(MBS_ModelConstraintDofVector* v, const MBS_Body& body) {
+    return v->bodyInnerConstraints[body.bodyIndex]->data[0];
+}
+double innerEquation(const MBS_ModelConstraintDofVector* v, const MBS_Body& body) {
+    return v->bodyInnerConstraints[body.bodyIndex]->data[0];
+}
+
+} // namespace
+
+void MBS_InternalModel::updateMatricesForEquationOfMotion(double t, const P* q, const P* qd, const P* qdd) {
+    for (const auto& body : bodies) {
+        body->commons->update(t, q, qd, qdd);
+        body->massMatrix->update(t, q, qd, qdd, nullptr);
+        body->cqT->update(t, q, qd, qdd);
+    }
+}
+
+void MBS_InternalModel::updateMatricesForEquationOfMotionAndComputeResiduumForConstrDOF(double t, const P* q,
+                                                                                        const P* qd,
+                                                                                        const P* qdd,
+                                                                                        C* out) {
+    updateMatricesForEquationOfMotion(t, q, qd, qdd);
+    updateMeasures(t, q, qd, qdd);
+    getAndUpdateConstraints(t, q, qd, qdd, out);
+}
+
+void MBS_InternalModel::updateMatricesForJacobian(double t, const P* q, const P* qd, const P* qdd,
+                                                  const C* multipliers) {
+    for (const auto& body : bodies) {
+        body->commons->updateForAcceleration(t, q, qd, qdd);
+        if (body->regardVelocityInertiaForcesInsideJacobian) {
+            body->qvv_q->update(t, q, qd, qdd, nullptr);
+            body->qvv_qd->update(t, q, qd, qdd, nullptr);
+        }
+        body->mQdd_q->update(t, q, qd, qdd, nullptr);
+        body->cqLi_q->update(t, q, qd, qdd, multipliers);
+        body->cqTdT->update(t, q, qd, qdd);
+    }
+    for (const auto& force : forces)
+        force->updateMatricesForJacobian(t, q, qd, qdd);
+}
+
+void MBS_InternalModel::setTimeOfLastSuccessfulStep(double t) {
+    for (const auto& body : bodies)
+        body->setTimeOfLastSuccessfulStep(t);
+    for (const auto& force : forces)
+        force->setTimeOfLastSuccessfulStep(t);
+}
+
+void MBS_InternalModel::updateForKinematicSolverAndComputeBbar(const P* q, P* out, C* residual) {
+    for (const auto& body : bodies) {
+        body->commons->update(0.0, q, q, nullptr);
+        body->cqT->update(0.0, q, nullptr, nullptr);
+        if (body->aBar4KinSolver)
+            body->aBar4KinSolver->update(0.0, q, nullptr, nullptr, nullptr);
+        body->computeBbar(q, out);
+    }
+    getAndUpdateConstraints(0.0, q, nullptr, nullptr, residual);
+}
+
+// M has the blocks tt, rr, rf, fr, ff.
+void MBS_InternalModel::getAccInertiaForces(const P* qdd, P* out) {
+    clearAll(out);
+    for (const auto& body : bodies)
+        addProduct(*body->massMatrix, qdd->bodyData(body->bodyIndex), out->bodyData(body->bodyIndex));
+}
+
+void MBS_InternalModel::getVelInertiaForces(const P* q, const P* qd, P* out) {
+    for (const auto& body : bodies)
+        body->getVelInertiaForces(q, qd, out);
+}
+
+void MBS_InternalModel::getElasticForces(const P* q, P* out) {
+    for (const auto& body : bodies)
+        body->getElasticForces(q, out);
+}
+
+void MBS_InternalModel::getDampingForces(const P* qd, P* out) {
+    for (const auto& body : bodies)
+        body->getDampingForces(qd, out);
+}
+
+void MBS_InternalModel::getConstraintForces(const C* multipliers, P* out) {
+    clearAll(out);
+    for (const auto& body : bodies) {
+        const double lambda = innerEquation(multipliers, *body);
+        addProduct(*body->cqT, &lambda, out->bodyData(body->bodyIndex));
+    }
+}
+
+void MBS_InternalModel::getExternalForces(double t, const P* q, const P* qd, const P*, P* out) {
+    clearAll(out);
+    for (const auto& force : forces)
+        force->addExternalForces(t, q, qd, nullptr, out);
+}
+
+void MBS_InternalModel::getExternalForcesDPar(double t, const P* q, const P* qd, const P* qdd,
+                                              const std::string* label, P* out) {
+    clearAll(out);
+    updateMeasures(t, q, qd, qdd);
+    for (const auto& force : forces)
+        force->addExternalForcesDPar(t, q, qd, qdd, *label, out);
+}
+
+void MBS_InternalModel::getMqddDqTimesW(const P* w, P* out) {
+    for (const auto& body : bodies)
+        body->getMqddDqTimesW(w, out);
+}
+
+// Blocks of the quadratic velocity vector have rotational and flexible rows and columns alone.
+void MBS_InternalModel::getVelInertiaForcesDqTimesW(const P* w, P* out) {
+    clearAll(out);
+    for (const auto& body : bodies)
+        addTransposedProduct(*body->qvv_q, w->bodyData(body->bodyIndex), out->bodyData(body->bodyIndex));
+}
+
+void MBS_InternalModel::getExternalForcesDqTimesW(const P* w, P* out) {
+    clearAll(out);
+    for (const auto& force : forces)
+        for (const auto& entry : force->jacobianEntries)
+            if (entry.qeQ)
+                addTransposedProduct(*entry.qeQ, w->bodyData(entry.rowBody), out->bodyData(entry.colBody));
+}
+
+void MBS_InternalModel::getConstraintForceDqTimesW(const P* w, P* out) {
+    clearAll(out);
+    for (const auto& body : bodies)
+        addTransposedProduct(*body->cqLi_q, w->bodyData(body->bodyIndex), out->bodyData(body->bodyIndex));
+}
+
+void MBS_InternalModel::getAndUpdateConstraints(double, const P* q, const P*, const P*, C* out) {
+    for (const auto& body : bodies)
+        innerEquation(out, *body) = body->getNormResidual(q);
+}
+
+void MBS_InternalModel::getCqdT_Mult_Qd(const P* q, const P* qd, const P*, C* out) {
+    for (const auto& body : bodies) {
+        body->cqTdT->update(0.0, q, qd, nullptr);
+        double& result = innerEquation(out, *body);
+        result = 0.0;
+        addTransposedProduct(*body->cqTdT, qd->bodyData(body->bodyIndex), &result);
+    }
+}
+
+void MBS_InternalModel::get_C_t(double, const P*, const P*, const P*, C* out) {
+    clearAll(out);
+}
+
+void MBS_InternalModel::get_C_t_order2(double, const P*, const P*, const P*, C* out) {
+    clearAll(out);
+}
+
+void MBS_InternalModel::copyInitialDataIntoPhysicalDofVector(P* q, P* qd) {
+    for (const auto& body : bodies)
+        body->copyInitialData(q, qd);
+}
+
+void MBS_InternalModel::getCurrentStateResultFileBlock(const P* q, std::vector<double*>* blocks) {
+    for (const auto& body : bodies) {
+        double* block = (*blocks)[body->bodyIndex];
+        std::copy_n(q->bodyData(body->bodyIndex), 3, block);
+        body->commons->updateRotationMatrix(q);
+        body->commons->A.to(block + 3);
+    }
+}
+
+} // namespace velmora

@@ -1,0 +1,220 @@
+#include "velmora/model/internal/MBS_ModelBuilder.h"
+
+#include "velmora/bodies/MBS_Body.h"
+#include "velmora/bodies/MBS_BodyTypes.h"
+#include "velmora/forces/MBS_Force.h"
+#include "velmora/forces/MBS_ForceTypes.h"
+#include "velmora/io/IO_DataModel.h"
+#include "velmora/model/internal/MBS_AnnouncedTypes.h"
+#include "velmora/model/internal/MBS_InternalModel.h"
+
+#include <algorithm>
+#include <array>
+
+namespace velmora {
+
+namespace {
+
+template <class Row>
+const Row* findType(std::span<const Row> rows, const std::string& type) {
+    const auto found = std::ranges::find_if(rows, [&](const Row& row) { return type == row.type; });
+    return found == rows.end() ? nullptr : &*found;
+}
+
+bool isAnnounced(const std::string& kind, const std::string& type) {
+    return std::ranges::any_of(MBS_announcedTypes(), [&](const MBS_BlockTypeInfo& row) {
+        return kind == row.kind && type == row.type;
+    });
+}
+
+bool isMeasureChoice(const std::string& type, bool isToGround, const std::string& mode,
+                     const std::string& coordinate) {
+    return std::ranges::any_of(MBS_measureChoices(), [&](const MBS_MeasureChoice& row) {
+        return row.type == type && row.isToGround == isToGround && row.mode == mode &&
+               row.coordinate == coordinate;
+    });
+}
+
+std::string errorTextOf(const IO_DataModelBlock& block) {
+    std::string text;
+    block.getErrorString(&text);
+    return text;
+}
+
+} // namespace
+
+void MBS_ModelBuilder::buildAll() {
+    using Step = void (MBS_ModelBuilder::*)(Block&);
+    const std::array<std::pair<const char*, Step>, 6> steps = {{
+        {"DataObject", &MBS_ModelBuilder::buildDataObject},
+        {"Body", &MBS_ModelBuilder::buildBody},
+        {"Measure", &MBS_ModelBuilder::buildMeasure},
+        {"Constraint", &MBS_ModelBuilder::buildConstraint},
+        {"Force", &MBS_ModelBuilder::buildForce},
+        {"Actor", &MBS_ModelBuilder::buildActor},
+    }};
+    for (const auto& [kind, build] : steps)
+        for (std::size_t i = 0; i < data.blocks.size(); ++i)
+            if (data.blockKinds[i] == kind && data.blocks[i])
+                (this->*build)(*data.blocks[i]);
+}
+
+void MBS_ModelBuilder::refuse(Block& block, const std::string& text) {
+    model.reportError(errorTextOf(block) + text);
+}
+
+void MBS_ModelBuilder::refuseUnavailable(Block& block, const std::string& what) {
+    refuse(block, "ERROR: Type of " + what + ": " + block.type + " is not available in this build!\n");
+}
+
+bool MBS_ModelBuilder::reportReadErrors(Block& block) {
+    if (!block.isErrorOccured())
+        return false;
+    refuse(block, "\n");
+    return true;
+}
+
+bool MBS_ModelBuilder::readBodyIDs(Block& block, std::vector<std::string>& ids) {
+    block.getValue("BodyIDs", &ids);
+    if (reportReadErrors(block))
+        return false;
+    ids.resize(std::max<std::size_t>(ids.size(), 2));
+    return true;
+}
+
+void MBS_ModelBuilder::buildDataObject(Block& block) {
+    model.addDataObjectUUID(block.uuid);
+    if (!isAnnounced("DataObject", block.type))
+        throw errorTextOf(block) + "ERROR: Type of DataObject: " + block.type + " not valid!\n";
+    refuseUnavailable(block, "DataObject");
+}
+
+void MBS_ModelBuilder::buildBody(Block& block) {
+    const MBS_BodyType* row = findType(MBS_bodyTypes(), block.type);
+    if (!row)
+        return refuse(block, "ERROR: Type of body: " + block.type + "not valid!\n");
+    if (!row->create)
+        return refuseUnavailable(block, "body");
+    auto body = row->create(&block, &model, model.getNumOfBodies());
+    if (body->isErrorOccured())
+        return refuse(block, "ERROR: " + body->getErrorString() + "!\n");
+    model.addBody(std::move(body));
+}
+
+void MBS_ModelBuilder::buildMeasure(Block& block) {
+    std::vector<std::string> ids;
+    if (!readBodyIDs(block, ids))
+        return;
+    if (ids[0] == "0")
+        return refuse(block, "ERROR: Check BodyIDs, either Body-Ground or Body-Body Measure is valid\n");
+    const bool isToGround = ids[1] == "0";
+    if (block.type == "Translational")
+        return buildTranslationalMeasure(block, isToGround);
+    if (block.type == "Rotational")
+        return buildRotationalMeasure(block, isToGround);
+    if (block.type == "FlexTranslational")
+        return buildFlexTranslationalMeasure(block, isToGround);
+    if (block.type != "EP")
+        return refuse(block, "ERROR: Type of measure: " + block.type + " not valid!\n");
+    if (!isToGround)
+        return refuse(block, "ERROR: Second BodyID must be 0!\n");
+    refuseUnavailable(block, "measure");
+}
+
+void MBS_ModelBuilder::buildTranslationalMeasure(Block& block, bool isToGround) {
+    std::string coordinate, mode;
+    block.getValue("MeasureCoordinate", &coordinate, IO_ValueCode::String);
+    block.getValue("MeasureMode", &mode, IO_ValueCode::String);
+    if (reportReadErrors(block))
+        return;
+    if (isMeasureChoice(block.type, isToGround, mode, coordinate))
+        return refuseUnavailable(block, "measure");
+    if (!isToGround)
+        return refuse(block, "ERROR: Combination of MeasureMode <" + mode + "> and MeasureCoordinate <" +
+                                 coordinate + "> not valid!\n");
+    if (isMeasureChoice(block.type, isToGround, mode, "X")) // the mode is one of the three
+        return refuse(block, "ERROR: MeasureCoordinate <" + coordinate + "> not valid!\n");
+    refuse(block, "ERROR: MeasureMode <" + mode + "> not valid!\n");
+}
+
+void MBS_ModelBuilder::buildRotationalMeasure(Block& block, bool isToGround) {
+    std::string coordinate;
+    block.getValue("MeasureCoordinate", &coordinate, IO_ValueCode::String);
+    if (!isMeasureChoice(block.type, isToGround, "", coordinate))
+        return refuse(block, "ERROR: MeasureCoordinate <" + coordinate + "> not valid!\n");
+    refuseUnavailable(block, "measure");
+}
+
+void MBS_ModelBuilder::buildFlexTranslationalMeasure(Block& block, bool isToGround) {
+    std::string mode;
+    block.getValue("MeasureMode", &mode, IO_ValueCode::String);
+    if (reportReadErrors(block) || !isToGround)
+        return;
+    if (mode != "disp")
+        return refuse(block, "ERROR: MeasureMode <" + mode + "> not valid!\n");
+    refuseUnavailable(block, "measure");
+}
+
+void MBS_ModelBuilder::buildConstraint(Block& block) {
+    std::vector<std::string> ids;
+    if (!readBodyIDs(block, ids))
+        return;
+    if (block.type == "Generic")
+        return buildGenericConstraint(block, ids);
+    if (block.type == "FixRiBoFleBo")
+        return buildFlexibleFixJoint(block, ids);
+    if (!isAnnounced("Constraint", block.type))
+        return refuse(block, "ERROR: Type of constraint <" + block.type + "> not valid!\n");
+    if (block.type == "Gear" && ids[1] == "0")
+        return refuse(block, "ERROR: Gear-Constraint can only be defined between two rigid bodies!\n");
+    refuseUnavailable(block, "constraint");
+}
+
+void MBS_ModelBuilder::buildGenericConstraint(Block& block, const std::vector<std::string>& ids) {
+    bool isAnyFixed = false;
+    for (const char* key : {"dxFixed", "axFixed", "dyFixed", "ayFixed", "dzFixed", "azFixed"}) {
+        bool isFixed = false;
+        if (block.isKeyInBlock(key))
+            block.getValue(key, &isFixed);
+        isAnyFixed = isAnyFixed || isFixed;
+    }
+    if (reportReadErrors(block))
+        return;
+    if (ids[0] == "0")
+        return refuse(block, "ERROR: Check BodyIDs, either Body-Ground or Body-Body Constraint is valid\n");
+    if (isAnyFixed)
+        refuseUnavailable(block, "constraint");
+}
+
+void MBS_ModelBuilder::buildFlexibleFixJoint(Block& block, const std::vector<std::string>& ids) {
+    const MBS_Body* first = model.getBodyByUUID(ids[0]);
+    const MBS_Body* second = model.getBodyByUUID(ids[1]);
+    if (!first || !second)
+        return refuse(block, "ERROR: please provide valid body IDs!\n");
+    if (first->getClassName() != "MBS_RigidBody_EulerP_PAI")
+        return refuse(block, "ERROR: first body ID must be a rigid body!\n");
+    if (second->getClassName() != "MBS_FlexBody_Full")
+        return refuse(block, "ERROR: second body ID must be a flexible body!\n");
+    refuseUnavailable(block, "constraint");
+}
+
+void MBS_ModelBuilder::buildForce(Block& block) {
+    const MBS_ForceType* row = findType(MBS_forceTypes(), block.type);
+    if (!row)
+        return refuse(block, "ERROR: Type of force: " + block.type + " not valid!\n");
+    if (row->status == MBS_TypeStatus::CreatesNothing)
+        return;
+    if (!row->create)
+        return refuseUnavailable(block, "force");
+    auto force = row->create(&block, &model, model);
+    if (!force->isErrorOccured())
+        model.addForce(std::move(force));
+}
+
+void MBS_ModelBuilder::buildActor(Block& block) {
+    if (!isAnnounced("Actor", block.type))
+        return refuse(block, "ERROR: Type of actor: " + block.type + " not valid!\n");
+    refuseUnavailable(block, "actor");
+}
+
+} // namespace velmora
