@@ -44,6 +44,7 @@ TEST(DenseStorage, ErrorsAtConstruction) {
     expectRefused(MBM_GDSubM_of_SDM(3, 3, 2, 0, base), 13, onDiagonal);
     expectRefused(MBM_GDSubM_of_SDM(3, 3, 1, 1, base), 0, "");
     EXPECT_EQ(MBM_GDSubM_of_SDM(3, 3, 0, 3, base).data, base.data + 18);
+    EXPECT_EQ(MBM_GDSubM_of_SDM(3, 3, 3, 0, base).data, base.data + 3);
     expectRefused(MBM_DenseStandAloneVector(0), 16, zeroVector);
     expectRefused(MBM_DenseSubVector(3, 3, vector), 15,
                   "Dimensions of subvector exceed surrounding base vector");

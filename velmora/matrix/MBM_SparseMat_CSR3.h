@@ -32,6 +32,10 @@ class VELMORA_EXPORT MBM_SparseMat_CSR3 : public MBM_SparseMatrix {
     /// 32-bit numbers.
     MBM_SparseMat_CSR3(unsigned numOfRows, unsigned numOfCols, std::uint64_t numOfEntries,
                        const unsigned* rowNumbers, const unsigned* colNumbers);
+    /// Mappers hold addresses into the values: a sparse matrix is neither copied nor moved.
+    MBM_SparseMat_CSR3(const MBM_SparseMat_CSR3&) = delete;
+    MBM_SparseMat_CSR3& operator=(const MBM_SparseMat_CSR3&) = delete;
+    ~MBM_SparseMat_CSR3() override = default;
 
     std::string getClassName() const override { return "MBM_SparseMat_CSR3"; }
     /// Element (row, col), zero-based; 0.0 outside the pattern. Binary search.
