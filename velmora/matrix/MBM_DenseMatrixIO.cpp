@@ -27,7 +27,7 @@ std::uint64_t remainingBytes(std::FILE* file) {
 
 void MBM_DenseMatrixIO::readMatFromFile(const std::string& path, MBM_DenseMatrix& matrix) {
     fileName = path;
-    file = openRegularFile(path, "r");
+    file = openFile(path, "r");
     if (!file) {
         setError(matrix, 2, "Matrix reading from file: could not open file");
         if (verbose) {
