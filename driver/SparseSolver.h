@@ -1,0 +1,62 @@
+#pragma once
+
+#include <klu.h>
+
+#include <memory>
+#include <vector>
+
+namespace velmora {
+class MBM_SparseMat_CSR3;
+} // namespace velmora
+
+namespace velmora::driver {
+
+/// Direct solver for one square sparse matrix whose values change and whose pattern doesn't.
+///
+/// The compressed rows of J are handed to KLU as the compressed columns of J', and J x = b is solved with the
+/// transpose of that factorisation (Davis and Palamadai Natarajan, "Algorithm 907: KLU", 2010). The order of
+/// elimination is found once (approximate minimum degree). The first factorisation chooses pivots; later ones
+/// keep them, at a third of the cost, as long as they stay accurate.
+class SparseSolver {
+  public:
+    /// Analyses the pattern. The matrix isn't owned and must outlive the solver.
+    explicit SparseSolver(const MBM_SparseMat_CSR3* matrix);
+
+    /// Factorises the present values; false if the matrix is singular: `singularEquation` then tells where.
+    bool factorise();
+    /// Replaces the right-hand side by the solution, with the matrix of the last successful `factorise`.
+    void solve(double* rightHandSide);
+
+    /// Row, from 0, without a pivot after a failing `factorise`; the number of rows if it isn't known.
+    unsigned getSingularEquation() const { return singularEquation; }
+
+    unsigned long getNumOfFactorisations() const { return factorisations; }
+    unsigned long getNumOfRefactorisations() const { return refactorisations; }
+
+  private:
+    struct FreeSymbolic {
+        klu_common* common;
+        void operator()(klu_symbolic* symbolic) const { klu_free_symbolic(&symbolic, common); }
+    };
+    struct FreeNumeric {
+        klu_common* common;
+        void operator()(klu_numeric* numeric) const { klu_free_numeric(&numeric, common); }
+    };
+
+    bool refactoriseWithOldPivots();
+    bool factoriseWithNewPivots();
+    unsigned findSmallestPivot() const;
+
+    const MBM_SparseMat_CSR3* matrix; // not owned
+    int size;
+    std::vector<int> rowStarts, columns; // zero-based pattern of the matrix
+    std::unique_ptr<klu_common> common;  // at a fixed address: the two below refer to it
+    std::unique_ptr<klu_symbolic, FreeSymbolic> symbolic;
+    std::unique_ptr<klu_numeric, FreeNumeric> numeric;
+    double pivotGrowthAtFactorisation = 1.0;
+    unsigned singularEquation = 0;
+    unsigned long factorisations = 0;
+    unsigned long refactorisations = 0;
+};
+
+} // namespace velmora::driver
