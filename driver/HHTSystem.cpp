@@ -1,0 +1,218 @@
+#include "driver/HHTSystem.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace velmora::driver {
+
+namespace {
+
+constexpr unsigned translationsPerBody = 3;
+constexpr unsigned eulerParametersPerBody = 4;
+
+/// Adds the time until its end to a sum.
+class Stopwatch {
+  public:
+    explicit Stopwatch(std::chrono::steady_clock::duration& total)
+        : sum(total),
+          begin(std::chrono::steady_clock::now()) {}
+    Stopwatch(const Stopwatch&) = delete;
+    Stopwatch& operator=(const Stopwatch&) = delete;
+    ~Stopwatch() { sum += std::chrono::steady_clock::now() - begin; }
+
+  private:
+    std::chrono::steady_clock::duration& sum;
+    std::chrono::steady_clock::time_point begin;
+};
+
+template <typename DofVector>
+void setZero(DofVector& vector) {
+    if (vector.dofVector)
+        std::fill_n(vector.dofVector->data, vector.dofVector->size, 0.0);
+}
+
+bool isFinite(const MBM_DenseStandAloneVector& vector) {
+    return std::all_of(vector.data, vector.data + vector.size, [](double x) { return std::isfinite(x); });
+}
+
+/// One cell of the matrix: what it holds, and its weight as a function of c1, c2 and the typical mass.
+struct Contribution {
+    MBS_ContributionCode code;
+    unsigned row, col;
+    double constant, ofC1, ofC2, ofMass;
+};
+
+// Forces stand on the right-hand side of the equations of motion and enter with negative weight.
+constexpr Contribution contributions[] = {
+    {MassMatrix, 0, 0, 1.0, 0.0, 0.0, 0.0},
+    {InertiaForce_q, 0, 0, 0.0, 0.0, 1.0, 0.0},
+    {VelInertiaForce_q, 0, 0, 0.0, 0.0, -1.0, 0.0},
+    {VelInertiaForce_qd, 0, 0, 0.0, -1.0, 0.0, 0.0},
+    {InnerConstraintForce_q, 0, 0, 0.0, 0.0, 1.0, 0.0},
+    {ElasticForce_q, 0, 0, 0.0, 0.0, 1.0, 0.0},
+    {DampingForce_qd, 0, 0, 0.0, 1.0, 0.0, 0.0},
+    {ExternalForce_q, 0, 0, 0.0, 0.0, -1.0, 0.0},
+    {ExternalForce_qd, 0, 0, 0.0, -1.0, 0.0, 0.0},
+    {ExternalConstraintForce_q, 0, 0, 0.0, 0.0, 1.0, 0.0},
+    {ConstraintJacobianT, 0, 1, 0.0, 0.0, 0.0, 1.0},
+    {ConstraintJacobian, 1, 0, 0.0, 0.0, 0.0, 1.0},
+};
+
+} // namespace
+
+HHTState::HHTState(MBS_Model* model) : q(model), qd(model), qdd(model), a(model), lambda(model) {
+    setZero(q);
+    setZero(qd);
+    setZero(qdd);
+    setZero(a);
+    setZero(lambda);
+}
+
+HHTSystem::HHTSystem(MBS_Model* multibodyModel)
+    : residual(multibodyModel),
+      constraintResidual(multibodyModel),
+      elasticForces(multibodyModel),
+      dampingForces(multibodyModel),
+      externalForces(multibodyModel),
+      model(multibodyModel),
+      numOfPhysicalDof(residual.getNumOfDof()),
+      numOfConstraints(constraintResidual.getNumOfConstraints()),
+      work(multibodyModel),
+      constraintWork(multibodyModel),
+      correction(numOfPhysicalDof + numOfConstraints),
+      rightHandSide(numOfPhysicalDof + numOfConstraints) {
+    measureBodies();
+    makeMatrix();
+}
+
+void HHTSystem::measureBodies() {
+    const Stopwatch watch(kernelTime);
+    HHTState state(model);
+    model->copyInitialDataIntoPhysicalDofVector(&state.q, &state.qd);
+    model->updateMatricesForEquationOfMotion(0.0, &state.q, &state.qd, &state.qdd);
+    const unsigned numOfBodies = model->getNumOfBodies();
+    bodyMasses.resize(numOfBodies);
+    bodyGyrations.assign(numOfBodies, 0.0);
+    // The mass matrix is probed with unit accelerations, all bodies at once: m stands at each translation,
+    // and the trace of the rotational part is 4 p'p (I1 + I2 + I3).
+    for (unsigned i = 0; i < translationsPerBody + eulerParametersPerBody; ++i) {
+        setZero(state.qdd);
+        for (unsigned body = 0; body < numOfBodies; ++body)
+            state.qdd.bodyData(body)[i] = 1.0;
+        model->getAccInertiaForces(&state.qdd, &work);
+        for (unsigned body = 0; body < numOfBodies; ++body) {
+            if (i < translationsPerBody)
+                bodyMasses[body] = work.bodyData(body)[i];
+            else
+                bodyGyrations[body] += 0.25 * work.bodyData(body)[i];
+        }
+    }
+    for (unsigned body = 0; body < numOfBodies; ++body)
+        bodyGyrations[body] =
+            bodyMasses[body] > 0.0 ? std::sqrt(bodyGyrations[body] / bodyMasses[body]) : 0.0;
+    const auto numOfMasses =
+        std::count_if(bodyMasses.begin(), bodyMasses.end(), [](double m) { return m > 0.0; });
+    const double total = std::accumulate(bodyMasses.begin(), bodyMasses.end(), 0.0);
+    if (numOfMasses > 0 && std::isfinite(total))
+        typicalMass = total / static_cast<double>(numOfMasses);
+}
+
+void HHTSystem::makeMatrix() {
+    const Stopwatch watch(kernelTime);
+    std::vector<unsigned> codes, rows, cols;
+    for (const Contribution& contribution : contributions) {
+        codes.push_back(contribution.code);
+        rows.push_back(contribution.row);
+        cols.push_back(contribution.col);
+    }
+    weights.assign(codes.size(), 1.0);
+    matrix.reset(model->createModelRelatedMatrix(2, 2, &codes, &rows, &cols, &weights, false));
+    solver = std::make_unique<SparseSolver>(matrix->getPointerToSparseJacobian());
+}
+
+bool HHTSystem::evaluate(const HHTState& state) {
+    const Stopwatch watch(kernelTime);
+    const auto *q = &state.q, *qd = &state.qd, *qdd = &state.qdd;
+    model->updateMatricesForEquationOfMotionAndComputeResiduumForConstrDOF(state.time, q, qd, qdd,
+                                                                           &constraintResidual);
+    model->getAccInertiaForces(qdd, &residual);
+    const auto addToResidual = [this](const MBS_ModelPhysicalDofVector& force, double sign) {
+        for (unsigned i = 0; i < numOfPhysicalDof; ++i)
+            residual.dofVector->data[i] += sign * force.dofVector->data[i];
+    };
+    model->getVelInertiaForces(q, qd, &work);
+    addToResidual(work, -1.0);
+    model->getElasticForces(q, &elasticForces);
+    addToResidual(elasticForces, 1.0);
+    model->getDampingForces(qd, &dampingForces);
+    addToResidual(dampingForces, 1.0);
+    model->getConstraintForces(&state.lambda, &work);
+    addToResidual(work, 1.0);
+    model->getExternalForces(state.time, q, qd, qdd, &externalForces);
+    addToResidual(externalForces, -1.0);
+    return isFinite(*residual.dofVector) && isFinite(*constraintResidual.dofVector);
+}
+
+bool HHTSystem::refreshMatrix(const HHTState& state, double c1, double c2) {
+    {
+        const Stopwatch watch(kernelTime);
+        model->updateMatricesForJacobian(state.time, &state.q, &state.qd, &state.qdd, &state.lambda);
+        std::transform(std::begin(contributions), std::end(contributions), weights.begin(),
+                       [&](const Contribution& of) {
+                           return of.constant + c1 * of.ofC1 + c2 * of.ofC2 + typicalMass * of.ofMass;
+                       });
+        matrix->setScalingValues(weights);
+        matrix->update();
+    }
+    return solver->factorise();
+}
+
+void HHTSystem::solve(const double* physicalResidual, const double* constraintPart) {
+    for (unsigned i = 0; i < numOfPhysicalDof; ++i)
+        correction[i] = -physicalResidual[i];
+    for (unsigned i = 0; i < numOfConstraints; ++i)
+        correction[numOfPhysicalDof + i] = -typicalMass * constraintPart[i];
+    rightHandSide = correction;
+    solver->solve(correction.data());
+    for (unsigned i = 0; i < numOfConstraints; ++i)
+        correction[numOfPhysicalDof + i] *= typicalMass;
+}
+
+void HHTSystem::solveForNewtonCorrection(double c2) {
+    const double* C = constraintResidual.dofVector->data;
+    std::transform(C, C + numOfConstraints, constraintWork.dofVector->data,
+                   [c2](double c) { return c / c2; });
+    solve(residual.dofVector->data, constraintWork.dofVector->data);
+}
+
+void HHTSystem::computeVelocityResidual(const HHTState& state, MBS_ModelConstraintDofVector& out) {
+    computeTimeTerms(state, out);
+    const MBM_SparseMat_CSR3& J = *matrix->getPointerToSparseJacobian();
+    for (unsigned i = 0; i < numOfConstraints; ++i) {
+        const unsigned row = numOfPhysicalDof + i;
+        for (unsigned k = J.rowIndex[row] - 1; k < J.rowIndex[row + 1] - 1; ++k)
+            out.dofVector->data[i] +=
+                J.values[k] / typicalMass * state.qd.dofVector->data[J.colIndices[k] - 1];
+    }
+}
+
+void HHTSystem::computeTimeTerms(const HHTState& state, MBS_ModelConstraintDofVector& out) {
+    const Stopwatch watch(kernelTime);
+    model->get_C_t(state.time, &state.q, &state.qd, &state.qdd, &out);
+}
+
+void HHTSystem::computeMomenta(const HHTState& state, MBS_ModelPhysicalDofVector& out) {
+    const Stopwatch watch(kernelTime);
+    model->getAccInertiaForces(&state.qd, &out);
+}
+
+void HHTSystem::computeAccelerationTerms(const HHTState& state, MBS_ModelConstraintDofVector& out) {
+    const Stopwatch watch(kernelTime);
+    model->getCqdT_Mult_Qd(&state.q, &state.qd, &state.qdd, &out);
+    model->get_C_t_order2(state.time, &state.q, &state.qd, &state.qdd, &constraintWork);
+    for (unsigned i = 0; i < numOfConstraints; ++i)
+        out.dofVector->data[i] += constraintWork.dofVector->data[i];
+}
+
+} // namespace velmora::driver

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "driver/SparseSolver.h"
+
+#include <velmora/velmora.h>
+
+#include <chrono>
+#include <memory>
+#include <vector>
+
+namespace velmora::driver {
+
+/// State of the model at one time, with the auxiliary acceleration of the integrator.
+struct HHTState {
+    explicit HHTState(MBS_Model* model);
+
+    double time = 0.0;
+    MBS_ModelPhysicalDofVector q, qd, qdd;
+    MBS_ModelPhysicalDofVector a; ///< auxiliary acceleration
+    MBS_ModelConstraintDofVector lambda;
+};
+
+/// The equations of motion as one square system, evaluated by the kernel and solved by the sparse solver.
+///
+///     R = M qdd + Cq' lambda + F_elastic + F_damping - Q_velInertia - Q_external = 0,   C(q, t) = 0
+///
+/// The matrix is described to the kernel once; with the derivatives K = dR/dq and D = dR/dqd it is
+///
+///     | M + c1 D + c2 K   m Cq' |   | delta qdd        |
+///     | m Cq              0     | * | delta lambda / m |
+///
+/// where m is the mean mass of the bodies, so that both kinds of rows have the size of a mass. With
+/// c1 = c2 = 0 it is the matrix of the initial accelerations.
+class HHTSystem {
+  public:
+    /// The model isn't owned; it must hold at least one body.
+    explicit HHTSystem(MBS_Model* model);
+
+    /// Evaluates residual and forces and leaves the kernel's caches at this state. False if a value of the
+    /// residual isn't finite.
+    bool evaluate(const HHTState& state);
+
+    /// Refreshes and factorises the matrix at the state of the last `evaluate`; false if it is singular.
+    bool refreshMatrix(const HHTState& state, double c1, double c2);
+
+    /// Solves for accelerations and multipliers: R + dR = 0 and Cq delta qdd = -constraintPart.
+    /// The correction stays in `getCorrection`.
+    void solve(const double* physicalResidual, const double* constraintPart);
+    /// The same with the residual of the last `evaluate` and C / c2.
+    void solveForNewtonCorrection(double c2);
+
+    /// Cq v + C_t at the state of the last `evaluate` and `refreshMatrix`.
+    void computeVelocityResidual(const HHTState& state, MBS_ModelConstraintDofVector& out);
+    /// C_t at the state of the last `evaluate`.
+    void computeTimeTerms(const HHTState& state, MBS_ModelConstraintDofVector& out);
+    /// M qd, with the mass matrix of the last `evaluate`.
+    void computeMomenta(const HHTState& state, MBS_ModelPhysicalDofVector& out);
+    /// (dCq/dt) qd + C_tt: what Cq qdd has to balance.
+    void computeAccelerationTerms(const HHTState& state, MBS_ModelConstraintDofVector& out);
+
+    unsigned getNumOfPhysicalDof() const { return numOfPhysicalDof; }
+    unsigned getNumOfConstraints() const { return numOfConstraints; }
+    MBS_Model* getModel() const { return model; }
+
+    /// Correction of the last solve: accelerations, then multipliers.
+    const std::vector<double>& getCorrection() const { return correction; }
+    /// Right-hand side of the last solve in the units of a force: where the equations aren't fulfilled.
+    const std::vector<double>& getRightHandSide() const { return rightHandSide; }
+    const SparseSolver& getSolver() const { return *solver; }
+
+    /// Seconds spent in the kernel so far.
+    double getKernelSeconds() const { return std::chrono::duration<double>(kernelTime).count(); }
+
+    MBS_ModelPhysicalDofVector residual;                                     ///< R of the last `evaluate`
+    MBS_ModelConstraintDofVector constraintResidual;                         ///< C of the last `evaluate`
+    MBS_ModelPhysicalDofVector elasticForces, dampingForces, externalForces; ///< of the last `evaluate`
+    std::vector<double> bodyMasses;                                          ///< per body
+    std::vector<double> bodyGyrations; ///< per body: radius of gyration of the sum of principal moments
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    void measureBodies();
+    void makeMatrix();
+
+    MBS_Model* model; // not owned
+    unsigned numOfPhysicalDof;
+    unsigned numOfConstraints;
+    MBS_ModelPhysicalDofVector work;
+    MBS_ModelConstraintDofVector constraintWork;
+    double typicalMass = 1.0;
+    std::vector<double> weights;
+    std::unique_ptr<MBS_GlobalModelMatrix> matrix;
+    std::unique_ptr<SparseSolver> solver;
+    std::vector<double> correction, rightHandSide;
+    Clock::duration kernelTime{};
+};
+
+} // namespace velmora::driver
