@@ -1,0 +1,301 @@
+#include "driver/HHTIntegrator.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+// Notation: h step, n present state, n+1 trial state, a auxiliary acceleration, which stands for the time
+// t + alpha h. (1) and (2) hold at n+1 for the true qdd and lambda:
+//
+// (1)  M qdd + Cq' lambda - Q = 0,  C = 0
+// (2)  a_n+1 = (1 + alpha) qdd_n+1 - alpha qdd_n
+// (3)  q_n+1 = q_n + h v_n + h^2 ((1/2 - beta) a_n + beta a_n+1),    beta = (1 - alpha)^2 / 4
+// (4)  v_n+1 = v_n + h ((1 - gamma) a_n + gamma a_n+1),              gamma = 1/2 - alpha
+// (5)  dq = c2 dqdd, dv = c1 dqdd,  c1 = (1 + alpha) gamma h,  c2 = (1 + alpha) beta h^2
+// (6)  a_n <- qdd_n + (h / h_old) (a_n - qdd_n): the lag alpha h, fitted to a new step
+// (7)  local error of q: (beta + alpha/2 - 1/6) h^2 (a_n+1 - a_n), since a_n+1 - a_n = h dqdd/dt + O(h^2)
+
+namespace velmora::driver {
+
+namespace {
+
+constexpr unsigned maxIterations = 12;
+constexpr unsigned maxInitialIterations = 20;
+constexpr double slowContraction = 0.25;    // a new matrix is worth its cost
+constexpr double leastContraction = 1e-3;   // a measured one isn't trusted below
+constexpr double newtonShare = 1e-3;        // of the local error that Newton's iteration may add
+constexpr double largestChangeOfStep = 2.0; // with the same matrix
+constexpr double negligibleInitialCorrection = 1e-13;
+constexpr double largestInitialCorrection = 1e-3;
+constexpr double stepShareForLag = 1e-2; // of the first step, over which the initial jerk is differenced
+
+double* data(MBS_ModelPhysicalDofVector& vector) {
+    return vector.dofVector->data;
+}
+const double* data(const MBS_ModelPhysicalDofVector& vector) {
+    return vector.dofVector->data;
+}
+double* data(MBS_ModelConstraintDofVector& vector) {
+    return vector.dofVector->data;
+}
+
+} // namespace
+
+HHTIntegrator::HHTIntegrator(HHTSystem* equations, const SimulationSettings& simulationSettings)
+    : system(equations),
+      settings(simulationSettings),
+      alpha(settings.alpha),
+      beta(0.25 * (1.0 - alpha) * (1.0 - alpha)),
+      gamma(0.5 - alpha),
+      states{HHTState(equations->getModel()), HHTState(equations->getModel()),
+             HHTState(equations->getModel())},
+      startOfA(equations->getModel()),
+      constraintWork(equations->getModel()),
+      increments(equations->getNumOfPhysicalDof()),
+      scales(equations->getNumOfPhysicalDof()) {}
+
+void HHTIntegrator::setScales() {
+    const MBS_ModelPhysicalDofVector& q = present->q;
+    const auto numOfBodies = static_cast<unsigned>(q.bodyOffset.size());
+    double extent = *std::max_element(system->bodyGyrations.begin(), system->bodyGyrations.end());
+    for (unsigned i = 0; i < 3; ++i) {
+        double lowest = q.bodyData(0)[i], highest = lowest;
+        for (unsigned body = 1; body < numOfBodies; ++body) {
+            lowest = std::min(lowest, q.bodyData(body)[i]);
+            highest = std::max(highest, q.bodyData(body)[i]);
+        }
+        extent = std::max(extent, highest - lowest);
+    }
+    typicalLength = extent > 0.0 && std::isfinite(extent) ? extent : 1.0;
+    for (unsigned body = 0; body < numOfBodies; ++body) {
+        // A mode of unit modal mass that moves the whole body by the typical length has this coordinate.
+        const double mass = system->bodyMasses[body];
+        const double modal = mass > 0.0 ? typicalLength * std::sqrt(mass) : typicalLength;
+        double* scale = scales.data() + q.bodyOffset[body];
+        const unsigned size = q.bodyDof[body]->size;
+        for (unsigned i = 0; i < size; ++i)
+            scale[i] = i < 3 ? typicalLength : i < 7 ? 1.0 : modal;
+    }
+}
+
+double HHTIntegrator::getWeightedNorm(const double* positions) const {
+    // The largest over the bodies, so that one body's error doesn't drown in a large model.
+    double largest = 0.0;
+    const MBS_ModelPhysicalDofVector& q = present->q;
+    for (std::size_t body = 0; body < q.bodyOffset.size(); ++body) {
+        double sum = 0.0;
+        const unsigned begin = q.bodyOffset[body], size = q.bodyDof[body]->size;
+        for (unsigned i = begin; i < begin + size; ++i)
+            sum += positions[i] * positions[i] / (scales[i] * scales[i]);
+        const double norm = std::sqrt(sum / size) / settings.tolerance;
+        if (!(norm <= largest))
+            largest = norm;
+    }
+    return largest;
+}
+
+double HHTIntegrator::getRoundingOfPositions() const {
+    double largest = 1.0;
+    for (std::size_t i = 0; i < scales.size(); ++i)
+        largest = std::max(largest, std::fabs(data(trial->q)[i]) / scales[i]);
+    return 8.0 * std::numeric_limits<double>::epsilon() * largest / settings.tolerance;
+}
+
+StepResult HHTIntegrator::start() {
+    system->getModel()->copyInitialDataIntoPhysicalDofVector(&present->q, &present->qd);
+    present->time = 0.0;
+    setScales();
+    if (const StepResult result = fulfilConstraints(); result != StepResult::Converged)
+        return result;
+    if (const StepResult result = computeInitialAccelerations(*present); result != StepResult::Converged)
+        return result;
+    if (const StepResult result = estimateInitialLag(); result != StepResult::Converged)
+        return result;
+    isMatrixWanted = true;
+    return system->evaluate(*present) ? StepResult::Converged : StepResult::NotFinite;
+}
+
+StepResult HHTIntegrator::fulfilConstraints() {
+    // Least movements in the metric of the masses: M dq + Cq' mu = 0, Cq dq = -C; for velocities alike.
+    const unsigned n = system->getNumOfPhysicalDof();
+    *trial = *present; // names the state if this fails
+    std::fill(increments.begin(), increments.end(), 0.0);
+    const double tolerance = settings.tolerance;
+    for (unsigned i = 0;; ++i) {
+        if (!system->evaluate(*present))
+            return StepResult::NotFinite;
+        if (!system->refreshMatrix(*present, 0.0, 0.0))
+            return StepResult::Singular;
+        system->solve(increments.data(), data(system->constraintResidual));
+        const double movement = tolerance * getWeightedNorm(system->getCorrection().data());
+        if (movement <= negligibleInitialCorrection)
+            break;
+        initialCorrection += movement;
+        if (!(initialCorrection <= largestInitialCorrection) || i == maxInitialIterations)
+            return StepResult::NotConverged;
+        for (unsigned k = 0; k < n; ++k)
+            data(present->q)[k] += system->getCorrection()[k];
+    }
+    system->computeVelocityResidual(*present, constraintWork);
+    system->solve(increments.data(), data(constraintWork));
+    const double change = tolerance * getWeightedNorm(system->getCorrection().data());
+    const double speed = tolerance * getWeightedNorm(data(present->qd));
+    if (change > negligibleInitialCorrection * std::max(1.0, speed))
+        for (unsigned k = 0; k < n; ++k)
+            data(present->qd)[k] += system->getCorrection()[k];
+    return StepResult::Converged;
+}
+
+StepResult HHTIntegrator::computeInitialAccelerations(HHTState& state) {
+    const unsigned n = system->getNumOfPhysicalDof(), m = system->getNumOfConstraints();
+    std::fill_n(data(state.qdd), n, 0.0);
+    std::fill_n(data(state.lambda), m, 0.0);
+    if (!system->evaluate(state))
+        return StepResult::NotFinite;
+    if (!system->refreshMatrix(state, 0.0, 0.0))
+        return StepResult::Singular;
+    system->computeAccelerationTerms(state, constraintWork);
+    system->solve(data(system->residual), data(constraintWork));
+    std::copy_n(system->getCorrection().data(), n, data(state.qdd));
+    std::copy_n(system->getCorrection().data() + n, m, data(state.lambda));
+    return StepResult::Converged;
+}
+
+StepResult HHTIntegrator::estimateInitialLag() {
+    const unsigned n = system->getNumOfPhysicalDof();
+    const double h = settings.step, small = stepShareForLag * h;
+    for (unsigned i = 0; i < n; ++i) {
+        const double v = data(present->qd)[i], acceleration = data(present->qdd)[i];
+        data(trial->q)[i] = data(present->q)[i] + small * v + 0.5 * small * small * acceleration;
+        data(trial->qd)[i] = v + small * acceleration;
+    }
+    trial->time = small;
+    if (const StepResult result = computeInitialAccelerations(*trial); result != StepResult::Converged)
+        return result;
+    for (unsigned i = 0; i < n; ++i) {
+        const double acceleration = data(present->qdd)[i];
+        const double jerk = (data(trial->qdd)[i] - acceleration) / small;
+        data(present->a)[i] = acceleration + alpha * h * jerk;
+    }
+    stepOfPresent = h;
+    return StepResult::Converged;
+}
+
+StepResult HHTIntegrator::tryStep(double endTime, double h) {
+    predict(endTime, h);
+    const StepResult result = iterate();
+    if (result != StepResult::Converged) {
+        hasPrevious = false;
+        isMatrixWanted = true;
+    }
+    return result;
+}
+
+void HHTIntegrator::predict(double endTime, double h) {
+    step = h;
+    c1 = (1.0 + alpha) * gamma * h;
+    c2 = (1.0 + alpha) * beta * h * h;
+    trial->time = endTime;
+    const double lagRatio = h / stepOfPresent;
+    const double extrapolation = hasPrevious ? lagRatio : 0.0;
+    for (unsigned i = 0; i < system->getNumOfPhysicalDof(); ++i) {
+        const double qdd = data(present->qdd)[i], v = data(present->qd)[i];
+        const double lagged = qdd + lagRatio * (data(present->a)[i] - qdd); // (6)
+        const double guess = qdd + extrapolation * (qdd - data(previous->qdd)[i]);
+        const double a = (1.0 + alpha) * guess - alpha * qdd; // (2)
+        data(startOfA)[i] = lagged;
+        data(trial->qdd)[i] = guess;
+        data(trial->a)[i] = a;
+        data(trial->q)[i] = data(present->q)[i] + (h * v + h * h * ((0.5 - beta) * lagged + beta * a)); // (3)
+        data(trial->qd)[i] = v + h * ((1.0 - gamma) * lagged + gamma * a);                              // (4)
+    }
+    for (unsigned i = 0; i < system->getNumOfConstraints(); ++i) {
+        const double lambda = data(present->lambda)[i];
+        data(trial->lambda)[i] = lambda + extrapolation * (lambda - data(previous->lambda)[i]);
+    }
+}
+
+StepResult HHTIntegrator::iterate() {
+    const double change = stepOfMatrix > 0.0 ? step / stepOfMatrix : 0.0;
+    if (change > largestChangeOfStep || change * largestChangeOfStep < 1.0)
+        isMatrixWanted = true;
+    for (iteration = 0; iteration < maxIterations;) {
+        if (const StepResult result = iterateOnce(); result != StepResult::Converged)
+            return result;
+        if (isConverged())
+            return StepResult::Converged;
+    }
+    return StepResult::NotConverged;
+}
+
+StepResult HHTIntegrator::iterateOnce() {
+    if (!system->evaluate(*trial)) {
+        const bool isDiverging = iteration > 0 && !(contraction < 1.0);
+        return isDiverging ? StepResult::NotConverged : StepResult::NotFinite;
+    }
+    lastCorrectionNorm = iteration > 0 ? correctionNorm : 0.0;
+    if (isMatrixWanted) {
+        if (!system->refreshMatrix(*trial, c1, c2))
+            return StepResult::Singular;
+        isMatrixWanted = false;
+        stepOfMatrix = step;
+        contraction = 1.0;
+        lastCorrectionNorm = 0.0;
+    }
+    system->solveForNewtonCorrection(c2);
+    applyCorrection();
+    correctionNorm = getWeightedNorm(increments.data());
+    ++iteration;
+    ++newtonIterations;
+    return StepResult::Converged;
+}
+
+void HHTIntegrator::applyCorrection() {
+    const double* correction = system->getCorrection().data();
+    const unsigned n = system->getNumOfPhysicalDof();
+    for (unsigned i = 0; i < n; ++i) { // (2), (5)
+        increments[i] = c2 * correction[i];
+        data(trial->qdd)[i] += correction[i];
+        data(trial->a)[i] += (1.0 + alpha) * correction[i];
+        data(trial->qd)[i] += c1 * correction[i];
+        data(trial->q)[i] += increments[i];
+    }
+    for (unsigned i = 0; i < system->getNumOfConstraints(); ++i)
+        data(trial->lambda)[i] += correction[n + i];
+}
+
+bool HHTIntegrator::isConverged() {
+    const double rounding = getRoundingOfPositions();
+    estimateLocalError();
+    if (correctionNorm <= rounding)
+        return true;
+    if (lastCorrectionNorm > 0.0) {
+        const double measured = correctionNorm / lastCorrectionNorm;
+        if (measured > 0.5 && correctionNorm <= 100.0 * rounding)
+            return true; // nothing but rounding is left
+        contraction = std::max(measured, leastContraction);
+        isMatrixWanted = !(contraction <= slowContraction);
+    }
+    // A fixed step is asked for by those who measure what it gives: no error of Newton's is let in.
+    const double share = settings.fixedStep ? 0.0 : newtonShare * std::min(localError, 1.0);
+    return contraction < 1.0 &&
+           contraction / (1.0 - contraction) * correctionNorm <= std::max(rounding, share);
+}
+
+void HHTIntegrator::estimateLocalError() {
+    const double factor = (beta + 0.5 * alpha - 1.0 / 6.0) * step * step; // (7)
+    for (unsigned i = 0; i < system->getNumOfPhysicalDof(); ++i)
+        increments[i] = factor * (data(trial->a)[i] - data(startOfA)[i]);
+    localError = getWeightedNorm(increments.data());
+}
+
+StepResult HHTIntegrator::accept() {
+    std::swap(previous, present);
+    std::swap(present, trial);
+    stepOfPresent = step;
+    hasPrevious = true;
+    return system->evaluate(*present) ? StepResult::Converged : StepResult::NotFinite;
+}
+
+} // namespace velmora::driver

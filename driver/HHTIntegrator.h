@@ -1,0 +1,88 @@
+#pragma once
+
+#include "driver/HHTSystem.h"
+#include "driver/Simulation.h"
+
+#include <velmora/velmora.h>
+
+#include <array>
+#include <vector>
+
+namespace velmora::driver {
+
+/// How an attempted step ended.
+enum class StepResult { Converged, NotConverged, NotFinite, Singular };
+
+/// Single steps of the HHT method for the index-3 equations of motion.
+///
+/// The generalised-alpha form of Arnold and Bruls ("Convergence of the generalized-alpha scheme for
+/// constrained mechanical systems", Multibody System Dynamics 18, 2007) with alpha_m = 0, alpha_f = -alpha.
+/// It is of second order in positions, velocities, accelerations and multipliers, also with varying steps.
+class HHTIntegrator {
+  public:
+    /// System and settings aren't owned and must outlive the integrator.
+    HHTIntegrator(HHTSystem* system, const SimulationSettings& settings);
+
+    /// Makes the initial state: positions and velocities that fulfil the constraints, as near to the model's
+    /// as the masses let them be, accelerations, multipliers, and the lag of the auxiliary acceleration.
+    StepResult start();
+
+    /// Attempts a step of length h from the present state; the outcome waits in the trial state.
+    StepResult tryStep(double endTime, double h);
+    /// Local error of the positions of the trial state: 1 is what the tolerance allows.
+    double getLocalError() const { return localError; }
+    /// Makes the trial state the present one, with the kernel's caches at this state.
+    StepResult accept();
+
+    HHTState& getState() { return *present; }
+    /// The state at which a failure occurred.
+    const HHTState& getTrialState() const { return *trial; }
+    unsigned long getNumOfNewtonIterations() const { return newtonIterations; }
+    /// Length by which positions of the model are measured.
+    double getTypicalLength() const { return typicalLength; }
+    /// By how much the initial positions had to be moved, in typical lengths (1 for Euler parameters).
+    double getInitialCorrection() const { return initialCorrection; }
+
+  private:
+    StepResult fulfilConstraints();
+    StepResult computeInitialAccelerations(HHTState& state);
+    StepResult estimateInitialLag();
+    void setScales();
+    void predict(double endTime, double h);
+    StepResult iterate();
+    StepResult iterateOnce();
+    bool isConverged();
+    void applyCorrection();
+    void estimateLocalError();
+    double getWeightedNorm(const double* positions) const;
+    double getRoundingOfPositions() const;
+
+    HHTSystem* system; // not owned
+    SimulationSettings settings;
+    double alpha, beta, gamma;
+    std::array<HHTState, 3> states;
+    HHTState* previous = &states[0]; // last state before the present one
+    HHTState* present = &states[1];
+    HHTState* trial = &states[2];
+    MBS_ModelPhysicalDofVector startOfA; // a of the present state, its lag fitted to the step in work
+    MBS_ModelConstraintDofVector constraintWork;
+    std::vector<double> increments; // of positions, for norms
+    std::vector<double> scales;     // per coordinate: what counts as 1
+
+    double typicalLength = 1.0;
+    double initialCorrection = 0.0;
+    double stepOfPresent =
+        0.0; // length of the step that led to the present state: its a lags by alpha times this
+    bool hasPrevious = false;
+    double step = 0.0;         // length of the step in work
+    double c1 = 0.0, c2 = 0.0; // of the step in work
+    double stepOfMatrix = 0.0; // length of the step for which the matrix was made; 0 without a matrix
+    bool isMatrixWanted = true;
+    unsigned iteration = 0;   // of the step in work
+    double contraction = 1.0; // of the Newton corrections, with the present matrix
+    double correctionNorm = 0.0, lastCorrectionNorm = 0.0;
+    double localError = 0.0;
+    unsigned long newtonIterations = 0;
+};
+
+} // namespace velmora::driver
