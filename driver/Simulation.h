@@ -38,17 +38,15 @@ struct RunOutcome {
     double wallSeconds = 0.0;
     double kernelSeconds = 0.0; ///< share of `wallSeconds` spent in evaluations by the model
 
-    bool isEnergyKnown =
-        false;                 ///< false for models with flexible bodies, whose strain energy isn't asked for
-    double energyStart = 0.0;  ///< kinetic plus gravity's potential energy
-    double energyEnd = 0.0;    ///< the same at the end
-    double workOfForces = 0.0; ///< done by all other forces and by driven joints over the run
-    double energyScale = 0.0;  ///< largest kinetic energy, or change of potential energy, met in the run
+    double energyStart = 0.0;    ///< kinetic energy, potential energy of gravity and strain energy
+    double energyEnd = 0.0;      ///< the same at the end
+    double workOfForces = 0.0;   ///< done by all other forces and by driven joints over the run
+    double energyScale = 0.0;    ///< largest kinetic energy, or change of potential energy, met in the run
     double maxEnergyDrift = 0.0; ///< largest | T + V - W - (T + V at the start) | over `energyScale`
 
     bool isAngularMomentumConserved = false;         ///< true if nothing acts on the bodies; else no drift
     std::array<double, 3> angularMomentumStart = {}; ///< about the origin, global frame
-    double maxAngularMomentumDrift = 0.0;            ///< over the norm of the momentum at the start
+    double maxAngularMomentumDrift = 0.0;            ///< over the sum of the bodies' own momenta
 };
 
 /// Integrates the equations of motion of a model from time 0 to the end time by the HHT method in index-3

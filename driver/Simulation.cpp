@@ -1,0 +1,254 @@
+#include "driver/Simulation.h"
+
+#include "driver/Diagnostics.h"
+#include "driver/EnergyBalance.h"
+#include "driver/HHTIntegrator.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+
+namespace velmora::driver {
+
+namespace {
+
+// Control of the step: the local error is of third order in it.
+constexpr double safety = 0.9;
+constexpr double largestGrowth = 2.0;
+constexpr double smallestShrinking = 0.2;
+constexpr double worthwhileGrowth = 1.3; // below it the step, and with it the matrix, stays
+constexpr double stepRatioAfterFailure = 0.25;
+constexpr double smallestStepShare = 1.0e-12; // of the end time
+constexpr double largestStepShare = 0.1;
+constexpr double sameTime = 1.0e-9; // of a step: times nearer than this are one
+
+std::string findErrorInSettings(const SimulationSettings& settings) {
+    if (!(settings.endTime > 0.0) || !std::isfinite(settings.endTime))
+        return fmt::format("The end time must be positive, and is {}.", settings.endTime);
+    if (!(settings.step > 0.0) || !std::isfinite(settings.step))
+        return fmt::format("The step must be positive, and is {}.", settings.step);
+    if (!(settings.tolerance > 0.0) || !std::isfinite(settings.tolerance))
+        return fmt::format("The tolerance must be positive, and is {}.", settings.tolerance);
+    if (!(settings.alpha >= -1.0 / 3.0 && settings.alpha <= 0.0))
+        return fmt::format("alpha must lie in [-1/3, 0], and is {}.", settings.alpha);
+    return {};
+}
+
+} // namespace
+
+class Simulation::Impl {
+  public:
+    Impl(MBS_Model* multibodyModel, IO_DataModel* input, MBS_ResultFileManager* resultFiles,
+         const SimulationSettings& simulationSettings, Progress progressReport)
+        : model(multibodyModel),
+          dataModel(input),
+          results(resultFiles),
+          settings(simulationSettings),
+          progress(std::move(progressReport)) {}
+
+    RunOutcome run();
+
+  private:
+    struct Plan {
+        double endTime, length;
+        bool isCut; // shorter than accuracy asks for
+    };
+
+    std::string findErrorBeforeStart() const;
+    bool start();
+    bool advance();
+    Plan planStep() const;
+    Plan planFixedStep() const;
+    bool isAccurate(const Plan& plan);
+    bool retreat(StepResult result, const Plan& plan);
+    void adaptStep(const Plan& plan);
+    void finishStep(const Plan& plan);
+    void writeResults();
+    bool fail(StepResult result, const HHTState& state, double length);
+    void collectStatistics();
+
+    MBS_Model* model;               // not owned
+    IO_DataModel* dataModel;        // not owned
+    MBS_ResultFileManager* results; // not owned
+    SimulationSettings settings;
+    Progress progress;
+    std::unique_ptr<HHTSystem> system;
+    std::unique_ptr<HHTIntegrator> integrator;
+    std::unique_ptr<EnergyBalance> balance;
+    RunOutcome outcome;
+    double wantedStep = 0.0;
+    bool hasJustFailed = false;
+};
+
+RunOutcome Simulation::Impl::run() {
+    const auto begin = std::chrono::steady_clock::now();
+    outcome = RunOutcome();
+    outcome.diagnostic = findErrorBeforeStart();
+    if (outcome.diagnostic.empty()) {
+        system = std::make_unique<HHTSystem>(model);
+        integrator = std::make_unique<HHTIntegrator>(system.get(), settings);
+        balance = std::make_unique<EnergyBalance>(system.get(), dataModel);
+        outcome.succeeded = start() && advance();
+        collectStatistics();
+    }
+    outcome.wallSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    return outcome;
+}
+
+std::string Simulation::Impl::findErrorBeforeStart() const {
+    if (model->isErrorOccured())
+        return "The model has errors.";
+    if (model->getNumOfBodies() == 0)
+        return "The model has no bodies: there is nothing to simulate.";
+    if (results && results->isErrorOccured())
+        return results->getErrorString();
+    return findErrorInSettings(settings);
+}
+
+bool Simulation::Impl::start() {
+    const StepResult result = integrator->start();
+    if (result == StepResult::NotConverged) {
+        outcome.diagnostic =
+            "The initial positions of the bodies don't fulfil the constraints, or not nearly enough. " +
+            Diagnostics(system.get(), dataModel).describeLargestResiduals();
+        return false;
+    }
+    if (result != StepResult::Converged)
+        return fail(result, integrator->getState(), settings.step);
+    wantedStep = std::min(settings.step, largestStepShare * settings.endTime);
+    balance->start(integrator->getState());
+    writeResults();
+    return true;
+}
+
+bool Simulation::Impl::advance() {
+    while (outcome.timeReached < settings.endTime) {
+        const Plan plan = settings.fixedStep ? planFixedStep() : planStep();
+        StepResult result = integrator->tryStep(plan.endTime, plan.length);
+        if (result != StepResult::Converged) {
+            if (!retreat(result, plan))
+                return false;
+            continue;
+        }
+        if (!settings.fixedStep && !isAccurate(plan))
+            continue;
+        result = integrator->accept();
+        if (result != StepResult::Converged)
+            return fail(result, integrator->getState(), plan.length);
+        finishStep(plan);
+    }
+    return true;
+}
+
+Simulation::Impl::Plan Simulation::Impl::planFixedStep() const {
+    // Times are multiples of the step, so that rounding doesn't add up.
+    const double h = settings.step;
+    const double next = static_cast<double>(outcome.steps + 1) * h;
+    if (next < settings.endTime - sameTime * h)
+        return {next, h, false};
+    const double rest = settings.endTime - outcome.timeReached;
+    const bool isWhole = std::fabs(rest - h) <= sameTime * h;
+    return {settings.endTime, isWhole ? h : rest, !isWhole};
+}
+
+Simulation::Impl::Plan Simulation::Impl::planStep() const {
+    const double t = outcome.timeReached;
+    double target = settings.endTime;
+    const double nextOutput = results ? results->getNextOutputTime() : -1.0;
+    if (nextOutput > t + smallestStepShare * settings.endTime && nextOutput < target)
+        target = nextOutput;
+    const double rest = target - t;
+    if (wantedStep >= rest * (1.0 - sameTime))
+        return {target, rest, rest < wantedStep};
+    if (2.0 * wantedStep > rest) // two equal steps, so that no tiny one is left
+        return {t + 0.5 * rest, 0.5 * rest, true};
+    return {t + wantedStep, wantedStep, false};
+}
+
+bool Simulation::Impl::retreat(StepResult result, const Plan& plan) {
+    ++outcome.rejectedSteps;
+    hasJustFailed = true;
+    wantedStep = stepRatioAfterFailure * plan.length;
+    if (settings.fixedStep || wantedStep < smallestStepShare * settings.endTime)
+        return fail(result, integrator->getTrialState(), plan.length);
+    return true;
+}
+
+bool Simulation::Impl::isAccurate(const Plan& plan) {
+    const double error = integrator->getLocalError();
+    if (error <= 1.0)
+        return true;
+    ++outcome.rejectedSteps;
+    hasJustFailed = true;
+    wantedStep = plan.length * std::max(smallestShrinking, safety / std::cbrt(error));
+    return false;
+}
+
+void Simulation::Impl::adaptStep(const Plan& plan) {
+    const double ratio = safety / std::cbrt(std::max(integrator->getLocalError(), 1.0e-12));
+    const double proposal = std::min(ratio, largestGrowth) * plan.length;
+    if (ratio * plan.length < wantedStep)
+        wantedStep = ratio * plan.length;
+    else if (proposal > worthwhileGrowth * wantedStep && !hasJustFailed)
+        wantedStep = proposal;
+    wantedStep = std::min(wantedStep, largestStepShare * settings.endTime);
+    hasJustFailed = false;
+}
+
+void Simulation::Impl::finishStep(const Plan& plan) {
+    const HHTState& state = integrator->getState();
+    ++outcome.steps;
+    outcome.timeReached = state.time;
+    outcome.largestStep = std::max(outcome.largestStep, plan.length);
+    if (!plan.isCut)
+        outcome.smallestStep =
+            outcome.smallestStep > 0.0 ? std::min(outcome.smallestStep, plan.length) : plan.length;
+    model->setTimeOfLastSuccessfulStep(state.time);
+    balance->addStep(state);
+    writeResults();
+    if (!settings.fixedStep)
+        adaptStep(plan);
+    if (progress)
+        progress(state.time, plan.length);
+}
+
+void Simulation::Impl::writeResults() {
+    HHTState& state = integrator->getState();
+    if (results)
+        results->writeResultsToFile(state.time, &state.q, &state.qd, &state.qdd, &state.lambda);
+}
+
+bool Simulation::Impl::fail(StepResult result, const HHTState& state, double length) {
+    const Diagnostics diagnostics(system.get(), dataModel);
+    const std::string place = fmt::format("Time {:.9g}, step {:.3g}: ", state.time, length);
+    if (result == StepResult::NotFinite)
+        outcome.diagnostic = place + diagnostics.describeNotFinite();
+    else if (result == StepResult::Singular)
+        outcome.diagnostic = place + diagnostics.describeSingularity();
+    else
+        outcome.diagnostic =
+            place + "The Newton iteration doesn't converge. " + diagnostics.describeLargestResiduals();
+    return false;
+}
+
+void Simulation::Impl::collectStatistics() {
+    outcome.newtonIterations = integrator->getNumOfNewtonIterations();
+    outcome.factorisations = system->getSolver().getNumOfFactorisations();
+    outcome.refactorisations = system->getSolver().getNumOfRefactorisations();
+    outcome.kernelSeconds = system->getKernelSeconds();
+    balance->report(outcome);
+}
+
+Simulation::Simulation(MBS_Model* model, IO_DataModel* dataModel, MBS_ResultFileManager* results,
+                       const SimulationSettings& settings, Progress progress)
+    : impl(std::make_unique<Impl>(model, dataModel, results, settings, std::move(progress))) {}
+
+Simulation::~Simulation() = default;
+
+RunOutcome Simulation::run() {
+    return impl->run();
+}
+
+} // namespace velmora::driver
