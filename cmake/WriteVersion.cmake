@@ -1,0 +1,31 @@
+# Script: writes OUTPUT with the version and the date and id of the commit of SOURCE_DIR.
+set(date "1970-01-01")
+set(id "0000000")
+find_program(GIT git)
+if(GIT)
+    execute_process(COMMAND ${GIT} log -1 --format=%cs WORKING_DIRECTORY ${SOURCE_DIR}
+                    OUTPUT_VARIABLE gitDate OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET RESULT_VARIABLE failed)
+    execute_process(COMMAND ${GIT} rev-parse HEAD WORKING_DIRECTORY ${SOURCE_DIR}
+                    OUTPUT_VARIABLE gitId OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+    if(NOT failed AND gitId)
+        set(date ${gitDate})
+        string(SUBSTRING ${gitId} 0 7 id)
+    endif()
+endif()
+set(text "#include \"velmora/platform/Version.h\"
+
+namespace velmora {
+
+const char* getVersionText() { return \"${VERSION}\"; }
+const char* getBuildDate() { return \"${date}\"; }
+const char* getBuildId() { return \"${id}\"; }
+
+} // namespace velmora
+")
+set(present "")
+if(EXISTS ${OUTPUT})
+    file(READ ${OUTPUT} present)
+endif()
+if(NOT present STREQUAL text)
+    file(WRITE ${OUTPUT} "${text}")
+endif()
