@@ -1,0 +1,60 @@
+#pragma once
+
+#include <velmora/velmora.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velmora::driver {
+
+/// One finding about a model file, in the style of a compiler: "model.toml:12: error: text".
+struct Finding {
+    enum class Severity { Error, Warning };
+    Severity severity = Severity::Error;
+    unsigned line = 0; ///< 0: the file as a whole
+    std::string text;
+};
+
+/// Where a block and its keys stand in the file, for findings; parallel to IO_DataModel::blocks.
+struct BlockPlace {
+    unsigned line = 0;                                     ///< of the block's head
+    std::vector<std::pair<std::string, unsigned>> keys;    ///< key, line
+    std::vector<std::pair<std::string, bool>> isTextValue; ///< key, whether its value is a text in the file
+};
+
+/// The section [simulation]; what isn't given keeps its default.
+struct SimulationSection {
+    std::optional<double> endTime;
+    double step = 1e-3;
+    bool fixedStep = false;
+    double tolerance = 1e-6;
+    double alpha = -0.05;
+};
+
+/// A model file as it was read. The data model is complete as far as the findings allow.
+struct ModelFile {
+    std::string fileName;
+    std::string stem; ///< file name without directory and extension
+    std::unique_ptr<IO_DataModel> dataModel;
+    std::vector<BlockPlace> places;
+    SimulationSection simulation;
+    std::vector<std::pair<std::string, std::string>>
+        resultKeys; ///< section [results], as texts for the kernel
+    std::vector<Finding> findings;
+};
+
+/// Reads a TOML model file. Null if the file can't be read at all, with the reason in `error`; everything
+/// else is a finding.
+std::unique_ptr<ModelFile> readModelFile(const std::string& fileName, std::string& error);
+
+/// Checks a model file for what the kernel takes without a word, and appends the findings: unknown keys and
+/// types, duplicate and missing UUIDs, references to nothing, directions that aren't unit vectors,
+/// orientations and inertias that no body can have, types that create nothing.
+void checkStrictly(ModelFile& file);
+
+/// The finding as a line of text, without a line feed.
+std::string format(const Finding& finding, const std::string& fileName);
+
+} // namespace velmora::driver
