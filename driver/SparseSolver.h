@@ -36,11 +36,11 @@ class SparseSolver {
   private:
     struct FreeSymbolic {
         klu_common* common;
-        void operator()(klu_symbolic* symbolic) const { klu_free_symbolic(&symbolic, common); }
+        void operator()(klu_symbolic* analysis) const { klu_free_symbolic(&analysis, common); }
     };
     struct FreeNumeric {
         klu_common* common;
-        void operator()(klu_numeric* numeric) const { klu_free_numeric(&numeric, common); }
+        void operator()(klu_numeric* factors) const { klu_free_numeric(&factors, common); }
     };
 
     bool refactoriseWithOldPivots();
