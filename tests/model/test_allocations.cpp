@@ -1,0 +1,54 @@
+#include "tests/support/AllocationCounter.h"
+#include "tests/support/DerivativeChecker.h"
+#include "tests/support/ModelFixture.h"
+
+namespace velmora::test {
+namespace {
+
+class Allocations : public ModelFixture {};
+
+TEST_F(Allocations, EvaluationMakesNone) {
+    for (const char* uuid : {"a", "b", "c"})
+        addRigidBody(data, uuid);
+    addBlock(data, "Force", "Gravity", "g", {{"GravityAccVector", "0, 0, -9.81"}, {"ActivationTime", "1"}});
+    build();
+    std::mt19937 random{11};
+    State s = randomState(*model, random);
+    MBS_ModelPhysicalDofVector f(model.get());
+    MBS_ModelConstraintDofVector c(model.get());
+    const std::vector<unsigned> types{101, 102, 103, 104, 105, 108, 109, 110, 201, 301, 202},
+        rows{0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 2}, cols{0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 1};
+    const std::vector<double> weights(types.size(), 0.5);
+    const std::unique_ptr<MBS_GlobalModelMatrix> matrix(
+        model->createModelRelatedMatrix(3, 2, &types, &rows, &cols, &weights, false));
+    std::vector<double> state(12);
+    std::vector<double*> blocks(3, state.data());
+
+    const unsigned long before = allocationCount();
+    for (int n = 0; n < 2; ++n) {
+        model->updateMatricesForEquationOfMotionAndComputeResiduumForConstrDOF(0.1, &s.q, &s.qd, &s.qdd, &c);
+        model->getAccInertiaForces(&s.qdd, &f);
+        model->getVelInertiaForces(&s.q, &s.qd, &f);
+        model->getElasticForces(&s.q, &f);
+        model->getDampingForces(&s.qd, &f);
+        model->getConstraintForces(&s.lambda, &f);
+        model->getExternalForces(0.1, &s.q, &s.qd, &s.qdd, &f);
+        model->updateMatricesForJacobian(0.1, &s.q, &s.qd, &s.qdd, &s.lambda);
+        model->getMqddDqTimesW(&s.qd, &f);
+        model->getVelInertiaForcesDqTimesW(&s.qd, &f);
+        model->getExternalForcesDqTimesW(&s.qd, &f);
+        model->getConstraintForceDqTimesW(&s.qd, &f);
+        model->getCqdT_Mult_Qd(&s.q, &s.qd, &s.qdd, &c);
+        model->get_C_t(0.1, &s.q, &s.qd, &s.qdd, &c);
+        model->updateForKinematicSolverAndComputeBbar(&s.q, &f, &c);
+        model->getCurrentStateResultFileBlock(&s.q, &blocks);
+        matrix->setScalingValues(weights);
+        matrix->update();
+    }
+    EXPECT_EQ(allocationCount(), before);
+    const auto guard = std::make_unique<double>(1.0); // the counter counts
+    EXPECT_GT(allocationCount(), before);
+}
+
+} // namespace
+} // namespace velmora::test
