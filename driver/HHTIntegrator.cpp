@@ -20,20 +20,21 @@ namespace velmora::driver {
 
 namespace {
 
-constexpr unsigned maxIterations = 12;
+constexpr unsigned maxIterations = 15;
 constexpr unsigned maxInitialIterations = 20;
-constexpr double slowContraction = 0.25;    // a new matrix is worth its cost
-constexpr double leastContraction = 1e-3;   // a measured one isn't trusted below
-constexpr double newtonShare = 1e-3;        // of the local error that Newton's iteration may add
+constexpr double slowContraction = 0.1; // a new matrix is worth its cost
+constexpr double leastContraction = 1e-3;
+constexpr double leastContractionFromEarlier = 0.1; // steps: the matrix is older now
+// Share of the local error that Newton's iteration may add; over the step it weighs more in the velocities.
+// A fixed step is asked for by those who measure what it gives: next to nothing is let in.
+constexpr double newtonShare = 1e-3;
+constexpr double newtonShareOfFixedStep = 1e-6;
 constexpr double largestChangeOfStep = 2.0; // with the same matrix
 constexpr double negligibleInitialCorrection = 1e-13;
 constexpr double largestInitialCorrection = 1e-3;
 constexpr double stepShareForLag = 1e-2; // of the first step, over which the initial jerk is differenced
 
 double* data(MBS_ModelPhysicalDofVector& vector) {
-    return vector.dofVector->data;
-}
-const double* data(const MBS_ModelPhysicalDofVector& vector) {
     return vector.dofVector->data;
 }
 double* data(MBS_ModelConstraintDofVector& vector) {
@@ -220,6 +221,7 @@ StepResult HHTIntegrator::iterate() {
     const double change = stepOfMatrix > 0.0 ? step / stepOfMatrix : 0.0;
     if (change > largestChangeOfStep || change * largestChangeOfStep < 1.0)
         isMatrixWanted = true;
+    contraction = std::max(contraction, leastContractionFromEarlier);
     for (iteration = 0; iteration < maxIterations;) {
         if (const StepResult result = iterateOnce(); result != StepResult::Converged)
             return result;
@@ -277,8 +279,8 @@ bool HHTIntegrator::isConverged() {
         contraction = std::max(measured, leastContraction);
         isMatrixWanted = !(contraction <= slowContraction);
     }
-    // A fixed step is asked for by those who measure what it gives: no error of Newton's is let in.
-    const double share = settings.fixedStep ? 0.0 : newtonShare * std::min(localError, 1.0);
+    const double share =
+        settings.fixedStep ? newtonShareOfFixedStep * localError : newtonShare * std::min(localError, 1.0);
     return contraction < 1.0 &&
            contraction / (1.0 - contraction) * correctionNorm <= std::max(rounding, share);
 }
