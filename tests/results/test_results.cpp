@@ -1,0 +1,143 @@
+#include "tests/support/ModelFixture.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+#include <regex>
+
+namespace velmora::test {
+namespace {
+
+std::vector<std::string> linesOf(const std::string& name) {
+    std::vector<std::string> lines;
+    std::ifstream file(name);
+    for (std::string line; std::getline(file, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+const std::string dashes(35, '-');
+
+class Results : public ModelFixture {
+  protected:
+    Results() {
+        for (const char* extension : {"srf", "vrf", "arf"})
+            std::filesystem::remove(std::string("test.") + extension);
+        addRigidBody(data, "first");
+        addRigidBody(data, "second");
+    }
+
+    std::unique_ptr<MBS_ResultFileManager> makeManager(Keys keys) {
+        IO_DataModel other("results");
+        return std::unique_ptr<MBS_ResultFileManager>(
+            model->createResultFileManager(addBlock(other, "Results", "", "r", keys)));
+    }
+
+    /// Times at which a record is written, among those asked for.
+    std::vector<double> recordTimes(MBS_ResultFileManager& manager, const std::vector<double>& asked) {
+        MBS_ModelPhysicalDofVector q(model.get()), qd(q), qdd(q);
+        MBS_ModelConstraintDofVector lambda(model.get());
+        model->copyInitialDataIntoPhysicalDofVector(&q, &qd);
+        model->updateMatricesForEquationOfMotion(0.0, &q, &qd, &qdd);
+        std::fill_n(qdd.dofVector->data, 14, 0.25);
+        std::vector<double> written;
+        for (const double t : asked)
+            if (manager.writeResultsToFile(t, &q, &qd, &qdd, &lambda))
+                written.push_back(t);
+        return written;
+    }
+};
+
+TEST_F(Results, FilesHaveHeaderTopologyAndRecords) {
+    build();
+    {
+        const auto manager = makeManager({{"WriteStateResultFile", "yes"},
+                                          {"WriteVelocityResultFile", "YES"},
+                                          {"WriteAccelerationResultFile", "yes"},
+                                          {"WriteForceResultFile", "yes"},   // no force: no file
+                                          {"WriteMeasureResultFile", "yes"}, // no measure: no file
+                                          {"WriteConstraintForceResultFile", "no"}});
+        EXPECT_FALSE(manager->isErrorOccured());
+        EXPECT_EQ(recordTimes(*manager, {0.5, 0.5}).size(), 2u); // no schedule: every call writes
+    }
+    const std::vector<std::string> lines = linesOf("test.vrf");
+    ASSERT_EQ(lines.size(), 24u);
+    EXPECT_THAT(std::vector(lines.begin(), lines.begin() + 4),
+                testing::ElementsAre(dashes, "Velmora Version", dashes, "0.1.0"));
+    EXPECT_THAT(std::vector(lines.begin() + 5, lines.begin() + 9),
+                testing::ElementsAre(dashes, "Header", dashes, "test model"));
+    EXPECT_TRUE(std::regex_match(
+        lines[9], std::regex("[A-Z][a-z]{2} [A-Z][a-z]{2} [ 0-9]\\d \\d\\d:\\d\\d:\\d\\d \\d{4}")))
+        << lines[9];
+    EXPECT_THAT(std::vector(lines.begin() + 10, lines.begin() + 19),
+                testing::ElementsAre("Velocity Result File (.vrf)", dashes, "Topology", dashes,
+                                     "first second", dashes, "Data", dashes, "5.000000000000E-01"));
+    EXPECT_THAT(lines[19], testing::StartsWith("5.000000000000E-01 2.500000000000E-01 -1.250000000000E-01 "));
+    EXPECT_TRUE(lines[19].ends_with("E+00 ") || lines[19].ends_with("E-01 ")) << lines[19];
+    EXPECT_EQ(lines[19], lines[20]);
+    const auto numbersIn = [](const std::string& line) { return std::count(line.begin(), line.end(), ' '); };
+    EXPECT_EQ(numbersIn(lines[19]), 6);
+    EXPECT_EQ(numbersIn(linesOf("test.arf").back()), 6);
+    EXPECT_EQ(numbersIn(linesOf("test.srf").back()), 12);
+    // The rotation stands column after column.
+    EXPECT_THAT(
+        linesOf("test.srf").back(),
+        testing::HasSubstr("3.600000000000E-01 4.800000000000E-01 -8.000000000000E-01 -8.000000000000E-01"));
+    EXPECT_FALSE(std::filesystem::exists("test.frf") || std::filesystem::exists("test.mrf"));
+}
+
+TEST_F(Results, ScheduleDecidesWhenARecordIsDue) {
+    build();
+    const auto manager = makeManager({{"WriteStateResultFile", "yes"},
+                                      {"OutputTimeBegin", "0.0"},
+                                      {"SimulationTimeEnd", "0.25"},
+                                      {"OutputTimeStepSize", "0.1"}});
+    EXPECT_EQ(manager->getOutputTimeStepSize(), 0.1);
+    EXPECT_THAT(recordTimes(*manager, {-0.1, 0.0, 0.05, 0.1 - 5e-11, 0.15, 0.2, 0.24, 0.25}),
+                testing::ElementsAre(0.0, 0.1 - 5e-11, 0.2, 0.25));
+    EXPECT_EQ(manager->getNextOutputTime(), 0.25);
+    EXPECT_EQ(makeManager({{"WriteStateResultFile", "no"}})->getNextOutputTime(), -1.0);
+}
+
+TEST_F(Results, SecondManagerOnOneOutputManagerAppends) {
+    build();
+    recordTimes(*makeManager({{"WriteStateResultFile", "yes"}}), {1.0});
+    const std::size_t length = linesOf("test.srf").size();
+    recordTimes(*makeManager({{"WriteStateResultFile", "yes"}}), {1.0});
+    EXPECT_EQ(linesOf("test.srf").size(), length + 3);
+}
+
+TEST_F(Results, CopiesShareTheWriters) {
+    build();
+    auto first = makeManager({{"WriteStateResultFile", "yes"}});
+    const MBS_ResultFileManager copy(*first);
+    first.reset();
+    MBS_ResultFileManager second(copy);
+    EXPECT_EQ(recordTimes(second, {1.0}).size(), 1u);
+    second.closeAllResultFiles();
+    EXPECT_EQ(linesOf("test.srf").size(), 18u + 3);
+}
+
+TEST_F(Results, WhatCannotBeWrittenIsTold) {
+    output.directory = "no_such_folder";
+    build();
+    const auto manager = makeManager({{"WriteStateResultFile", "yes"}});
+    EXPECT_TRUE(manager->isErrorOccured());
+    EXPECT_EQ(manager->getErrorString(),
+              "ERROR: Could not open file : no_such_folder/test.srf\nCould not open result "
+              "file to write. Check path and/or free disc space");
+    output.directory = "";
+    makeManager({{"WriteConstraintForceResultFile", "yes"}, {"OutputTimeBegin", "soon"}});
+    const std::string prefix = "In Block <Results> prior to line number 0:\n";
+    EXPECT_EQ(
+        takeMessages(),
+        prefix +
+            "ERROR: Result file of key <WriteConstraintForceResultFile> is not available in this build!\n\n" +
+            prefix +
+            "ERROR: In definition of key <OutputTimeBegin>: \nNot able to convert < soon> to double value!"
+            "\n\n\n\n");
+}
+
+} // namespace
+} // namespace velmora::test
