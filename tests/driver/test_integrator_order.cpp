@@ -49,6 +49,11 @@ TEST_P(TorqueFreeOrder, PositionsVelocitiesAccelerationsAreOfSecondOrder) {
     EXPECT_LT(fine.multiplier, 1e-8); // none is needed; rounding of C over h^2 is left
 }
 
+TEST(TorqueFreeStart, FirstStepIsOfThirdOrderInVelocities) {
+    const Errors coarse = integrateTop(-0.3, 1, 0.04, false), fine = integrateTop(-0.3, 1, 0.02, false);
+    EXPECT_NEAR(coarse.omega / fine.omega, 8.0, 0.5);
+}
+
 INSTANTIATE_TEST_SUITE_P(Alphas, TorqueFreeOrder,
                          testing::Combine(testing::Values(0.0, -0.05, -0.3), testing::Bool()));
 
