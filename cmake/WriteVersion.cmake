@@ -3,6 +3,9 @@ set(date "1970-01-01")
 set(id "0000000")
 find_program(GIT git)
 if(GIT)
+    # A repository further up, into which an archive of the sources was unpacked, isn't the kernel's.
+    cmake_path(GET SOURCE_DIR PARENT_PATH parent)
+    set(ENV{GIT_CEILING_DIRECTORIES} ${parent})
     execute_process(COMMAND ${GIT} log -1 --format=%cs WORKING_DIRECTORY ${SOURCE_DIR}
                     OUTPUT_VARIABLE gitDate OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET RESULT_VARIABLE failed)
     execute_process(COMMAND ${GIT} rev-parse HEAD WORKING_DIRECTORY ${SOURCE_DIR}
