@@ -1,5 +1,7 @@
 # Script: installs velmora/velmora.h and all headers of the kernel that it reaches, from VELMORA_SOURCE_DIR into
 # VELMORA_INCLUDE_DIR.
+cmake_minimum_required(VERSION 3.25)
+
 set(waiting velmora/velmora.h)
 set(public_headers "")
 while(waiting)

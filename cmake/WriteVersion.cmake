@@ -1,4 +1,6 @@
 # Script: writes OUTPUT with the version and the date and id of the commit of SOURCE_DIR.
+cmake_minimum_required(VERSION 3.25)
+
 set(date "1970-01-01")
 set(id "0000000")
 find_program(GIT git)
