@@ -97,6 +97,8 @@ class ProbeModel : public MBS_Model {
     }
     void copyInitialDataIntoPhysicalDofVector(P* q, P* qd) override {
         real->copyInitialDataIntoPhysicalDofVector(q, qd);
+        if (disturbStart)
+            disturbStart(*q, *qd);
     }
     unsigned getNumOfTransDofOfBody(unsigned i) const override { return real->getNumOfTransDofOfBody(i); }
     unsigned getNumOfRotDofOfBody(unsigned i) const override { return real->getNumOfRotDofOfBody(i); }
@@ -109,6 +111,7 @@ class ProbeModel : public MBS_Model {
 
     std::unique_ptr<MBS_Model> real;
     Force force;
+    std::function<void(P& q, P& qd)> disturbStart;
     P lastQ{real.get()}, lastQd{real.get()};
 };
 

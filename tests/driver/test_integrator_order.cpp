@@ -54,6 +54,32 @@ TEST(TorqueFreeStart, FirstStepIsOfThirdOrderInVelocities) {
     EXPECT_NEAR(coarse.omega / fine.omega, 8.0, 0.5);
 }
 
+TEST(TorqueFreeStart, SmallViolationsAreMovedOntoTheConstraints) {
+    Input input;
+    TorqueFreeTop().addTo(input);
+    ProbeModel model(input.make().release(), {});
+    double stretch = 1.0 + 1e-4;
+    model.disturbStart = [&](auto& q, auto& qd) {
+        for (unsigned i = 3; i < 7; ++i) {
+            q.bodyData(0)[i] *= stretch;
+            qd.bodyData(0)[i] += 0.1 * q.bodyData(0)[i];
+        }
+    };
+    HHTSystem system(&model);
+    HHTIntegrator integrator(&system, {1.0, 0.01});
+    ASSERT_EQ(integrator.start(), StepResult::Converged);
+    const double *p = integrator.getState().q.bodyData(0) + 3, *pd = integrator.getState().qd.bodyData(0) + 3;
+    EXPECT_NEAR(p[0] * p[0] + p[1] * p[1] + p[2] * p[2] + p[3] * p[3], 1.0, 1e-14);
+    EXPECT_NEAR(p[0] * pd[0] + p[1] * pd[1] + p[2] * pd[2] + p[3] * pd[3], 0.0, 1e-14);
+    EXPECT_NEAR(integrator.getInitialCorrection(), 1e-4 / std::sqrt(7.0), 1e-7);
+    stretch = 1.1;
+    Simulation simulation(&model, &input.data, nullptr, {1.0, 0.01});
+    EXPECT_EQ(simulation.run().diagnostic.find("The initial positions of the bodies don't fulfil the "
+                                               "constraints, or not nearly enough. Largest residuals: body "
+                                               "<top>, norm of the Euler parameters ("),
+              0u);
+}
+
 INSTANTIATE_TEST_SUITE_P(Alphas, TorqueFreeOrder,
                          testing::Combine(testing::Values(0.0, -0.05, -0.3), testing::Bool()));
 
