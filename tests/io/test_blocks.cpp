@@ -97,6 +97,9 @@ TEST_F(Block, ListsAreSplitAtCommas) {
     EXPECT_THAT(five, ElementsAre(1, 2, 3, 4, 5));
     block.getValueArray("k", five, 4);
     EXPECT_EQ(takeErrors(), wrongCount("1,2,3,4,5", 4));
+    block.replaceValue("k", "1, 2");
+    block.getValueArray("k", five, 1);
+    EXPECT_EQ(takeErrors(), failed("1, 2", "undef")); // one number is neither split nor trimmed
 }
 
 TEST_F(Block, TextPairsKeepWhatTheyGet) {

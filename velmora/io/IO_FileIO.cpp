@@ -72,7 +72,7 @@ bool IO_FileIO::close() {
 }
 
 void IO_FileIO::getPosition(std::int64_t* position) const {
-    *position = std::ftell(file);
+    *position = positionIn(file);
 }
 
 bool IO_FileIO::isEndOfFile() {
@@ -107,7 +107,7 @@ void IO_FileIO::writeLine(const std::string& text) {
 }
 
 bool IO_FileIO::readLine() {
-    lineStart = std::ftell(file);
+    lineStart = positionIn(file);
     if (lineBufferSize > 0)
         return readBufferedLine();
     currentLine.clear();
@@ -120,12 +120,13 @@ bool IO_FileIO::readLine() {
 }
 
 bool IO_FileIO::readBufferedLine() {
-    if (!lineBuffer)
-        lineBuffer = std::make_unique<char[]>(lineBufferSize);
-    if (!std::fgets(lineBuffer.get(), static_cast<int>(lineBufferSize), file))
+    lineBuffer.resize(lineBufferSize);
+    if (!std::fgets(lineBuffer.data(), static_cast<int>(lineBufferSize), file))
         return false;
     ++lineCount;
-    currentLine = lineBuffer.get();
+    currentLine = lineBuffer.data();
+    if (currentLine.ends_with("\r\n"))
+        currentLine.erase(currentLine.size() - 2, 1);
     return true;
 }
 

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <memory>
 #include <string>
+#include <vector>
 
 namespace velmora {
 
@@ -68,9 +68,11 @@ class VELMORA_EXPORT IO_FileIO {
     std::string errorString;
     std::FILE* file = nullptr; ///< owned while `isOpen`
     std::int64_t endPosition = 0;
-    std::int64_t lineStart = 0;  ///< position at which the last line began
-    unsigned lineBufferSize = 0; ///< 0: lines of any length; else the most that a line may hold
-    std::unique_ptr<char[]> lineBuffer;
+    std::int64_t lineStart = 0; ///< position at which the last line began
+    /// 0: lines of any length, without their line feed. Otherwise a read takes at most one character less
+    /// than this, keeps the line feed, and fails only if nothing is left.
+    unsigned lineBufferSize = 0;
+    std::vector<char> lineBuffer;
 
   private:
     bool open(const char* mode);

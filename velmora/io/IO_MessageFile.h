@@ -2,6 +2,8 @@
 
 #include "velmora/io/IO_FileIO.h"
 
+#include <memory>
+
 namespace velmora {
 
 /// Prints messages on the console: red if the word "ERROR" stands anywhere in them, else blue for "WARNING".

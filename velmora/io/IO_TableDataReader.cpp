@@ -10,13 +10,14 @@ namespace velmora {
 
 namespace {
 
-// Characters behind a number are ignored, and a piece that isn't one gives 0.0.
+// Characters behind a number are ignored, a piece that isn't one gives 0.0, and a number out of range the
+// nearest one within it: all as the stream leaves it.
 double leadingNumber(const std::string& piece) {
     std::istringstream stream(piece);
     stream.imbue(std::locale::classic());
     double number = 0.0;
     stream >> number;
-    return stream.fail() ? 0.0 : number;
+    return number;
 }
 
 bool isBlank(const std::string& line) {
@@ -42,6 +43,7 @@ bool IO_TableDataReader::readFile() {
         bool isLineComplete = true;
         while (isLineComplete && !isErrorOccured()) {
             isLineComplete = readTrimmedLine();
+            trimString(currentLine);
             addRow(currentLine); // a last line without a line feed is a row too
         }
     }

@@ -1,5 +1,6 @@
 #include "velmora/io/StringHelpers.h"
 
+#include <algorithm>
 #include <cctype>
 #include <locale>
 #include <sstream>

@@ -20,8 +20,7 @@ void print(const std::string& text) {
 }
 
 bool isColourOffered() {
-    const char* noColour = std::getenv("NO_COLOR");
-    if (noColour && *noColour)
+    if (std::getenv("NO_COLOR"))
         return false;
 #if defined(_WIN32)
     return _isatty(_fileno(stdout)) != 0;

@@ -1,5 +1,7 @@
 #include "velmora/platform/DynamicLibrary.h"
 
+#include "velmora/platform/FileSystem.h"
+
 #include <filesystem>
 #include <system_error>
 
@@ -11,11 +13,22 @@
 
 namespace velmora {
 
+namespace {
+
+const char* const noPath = "the name of the library gives no path";
+
+} // namespace
+
 #if defined(_WIN32)
 
 DynamicLibrary::DynamicLibrary(const std::string& path) {
-    const auto absolute = std::filesystem::absolute(path);
+    std::error_code error;
+    const auto absolute = std::filesystem::absolute(existingName(path), error);
     absolutePath = absolute.string();
+    if (path.empty() || error) {
+        errorString = noPath;
+        return;
+    }
     handle = LoadLibraryW(absolute.wstring().c_str());
     if (!handle)
         errorString = std::system_category().message(static_cast<int>(GetLastError()));
@@ -36,7 +49,11 @@ void* DynamicLibrary::getSymbol(const std::string& name) const {
 
 DynamicLibrary::DynamicLibrary(const std::string& path) {
     std::error_code error;
-    absolutePath = std::filesystem::absolute(path, error).string();
+    absolutePath = std::filesystem::absolute(existingName(path), error).string();
+    if (path.empty() || error) { // an empty name would stand for the program itself
+        errorString = noPath;
+        return;
+    }
     handle = dlopen(absolutePath.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle)
         return;

@@ -10,8 +10,8 @@ namespace velmora {
 /// nobody else.
 class VELMORA_EXPORT DynamicLibrary {
   public:
-    /// Loads the library; the path is made absolute first, so that no search path counts. On failure
-    /// `getErrorString` tells why.
+    /// Loads the library; the path is made absolute first, so that no search path counts; backslashes
+    /// stand for slashes where only that name exists. On failure `getErrorString` tells why.
     explicit DynamicLibrary(const std::string& path);
     DynamicLibrary(const DynamicLibrary&) = delete;
     DynamicLibrary& operator=(const DynamicLibrary&) = delete;

@@ -11,8 +11,9 @@ namespace {
 
 std::FILE* openOnce(const std::string& name, const char* mode) {
     std::error_code ignored;
-    if (std::filesystem::is_directory(name, ignored))
-        return nullptr;
+    const auto status = std::filesystem::status(name, ignored);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        return nullptr; // a pipe would block, a folder gives read errors only
 #if defined(_WIN32)
     std::FILE* file = nullptr;
     return fopen_s(&file, name.c_str(), mode) == 0 ? file : nullptr;
@@ -50,6 +51,14 @@ std::FILE* openFile(const std::string& name, const char* mode) {
     return file || slashed == name ? file : openOnce(slashed, mode);
 }
 
+std::int64_t positionIn(std::FILE* file) {
+#if defined(_WIN32)
+    return _ftelli64(file);
+#else
+    return ftello(file);
+#endif
+}
+
 bool canOpenForReading(const std::string& name) {
     std::FILE* file = openFile(name, "r");
     return file && std::fclose(file) == 0;
@@ -59,6 +68,12 @@ FileStatus queryFile(const std::string& name) {
     const FileStatus status = queryOnce(name);
     const std::string slashed = withSlashes(name);
     return status == FileStatus::Exists || slashed == name ? status : queryOnce(slashed);
+}
+
+std::string existingName(const std::string& name) {
+    std::string slashed = withSlashes(name);
+    const bool isMeant = queryOnce(name) != FileStatus::Exists && queryOnce(slashed) == FileStatus::Exists;
+    return isMeant ? slashed : name;
 }
 
 std::string joinPath(const std::string& directory, const std::string& name) {
