@@ -1,0 +1,72 @@
+#include "driver/Report.h"
+
+#include "driver/Terminal.h"
+
+#include <fmt/format.h>
+
+namespace velmora::driver {
+
+namespace {
+
+constexpr auto timeBetweenUpdates = std::chrono::milliseconds(100);
+constexpr const char* eraseLine = "\r\033[K";
+
+std::string describeAngularMomentum(const RunOutcome& outcome) {
+    if (!outcome.isAngularMomentumConserved)
+        return "not conserved in this model";
+    return fmt::format("largest drift {:.3e} (relative)", outcome.maxAngularMomentumDrift);
+}
+
+std::string describeStepLength(const RunOutcome& outcome) {
+    if (outcome.smallestStep > 0.0)
+        return fmt::format("{:.3e} s to {:.3e} s", outcome.smallestStep, outcome.largestStep);
+    return fmt::format("at most {:.3e} s", outcome.largestStep);
+}
+
+} // namespace
+
+ProgressLine::ProgressLine(double end, bool wanted) : endTime(end), isWanted(wanted) {}
+
+void ProgressLine::update(double t, double step) {
+    if (!isWanted || Clock::now() < nextUpdate)
+        return;
+    nextUpdate = Clock::now() + timeBetweenUpdates;
+    printToStandardError(fmt::format("{}{:5.1f} %  time {:.6g} s of {:.6g} s, step {:.2e} s", eraseLine,
+                                     100.0 * t / endTime, t, endTime, step));
+    isShown = true;
+}
+
+void ProgressLine::clear() {
+    if (isShown)
+        printToStandardError(eraseLine);
+    isShown = false;
+}
+
+std::string summarize(const RunOutcome& outcome, const std::vector<std::string>& resultFiles) {
+    const double kernelShare =
+        outcome.wallSeconds > 0.0 ? 100.0 * outcome.kernelSeconds / outcome.wallSeconds : 0.0;
+    std::string text;
+    const auto addLine = [&](const char* name, const std::string& value) {
+        text += fmt::format("{:<18}{}\n", name, value);
+    };
+    addLine("Time reached",
+            fmt::format("{:.9g} s{}", outcome.timeReached, outcome.succeeded ? "" : " (the run failed)"));
+    addLine("Steps", fmt::format("{} accepted, {} rejected", outcome.steps, outcome.rejectedSteps));
+    addLine("Step length", describeStepLength(outcome));
+    addLine("Newton iterations", fmt::format("{}", outcome.newtonIterations));
+    addLine("Factorisations", fmt::format("{} with pivoting, {} with known pivots", outcome.factorisations,
+                                          outcome.refactorisations));
+    addLine("Wall time",
+            fmt::format("{:.3f} s, {:.0f} % of it in the kernel", outcome.wallSeconds, kernelShare));
+    addLine("Energy",
+            fmt::format("{:.9g} J at the start, {:.9g} J at the end, largest drift {:.3e} (relative)",
+                        outcome.energyStart, outcome.energyEnd, outcome.maxEnergyDrift));
+    addLine("Angular momentum", describeAngularMomentum(outcome));
+    if (resultFiles.empty())
+        addLine("Results", "none asked for");
+    for (const std::string& file : resultFiles)
+        addLine(file == resultFiles.front() ? "Results" : "", file);
+    return text;
+}
+
+} // namespace velmora::driver
