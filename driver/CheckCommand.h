@@ -1,0 +1,11 @@
+#pragma once
+
+#include "driver/CommandLine.h"
+
+namespace velmora::driver {
+
+/// Tells what a model holds and how well its initial state fulfils the constraints: `velmora check`. Returns
+/// an ExitCode.
+int checkModel(const Options& options);
+
+} // namespace velmora::driver

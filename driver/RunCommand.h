@@ -1,0 +1,10 @@
+#pragma once
+
+#include "driver/CommandLine.h"
+
+namespace velmora::driver {
+
+/// Simulates a model and writes its results: `velmora run`. Returns an ExitCode.
+int runModel(const Options& options);
+
+} // namespace velmora::driver
