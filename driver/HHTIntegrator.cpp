@@ -29,6 +29,8 @@ constexpr double leastContractionFromEarlier = 0.1; // steps: the matrix is olde
 // A fixed step is asked for by those who measure what it gives: next to nothing is let in.
 constexpr double newtonShare = 1e-3;
 constexpr double newtonShareOfFixedStep = 1e-6;
+constexpr double noiseContraction = 0.3;    // or slower, of corrections below the following
+constexpr double largestNoise = 1000.0;     // in roundings of the positions
 constexpr double largestChangeOfStep = 2.0; // with the same matrix
 constexpr double negligibleInitialCorrection = 1e-13;
 constexpr double largestInitialCorrection = 1e-3;
@@ -100,7 +102,7 @@ double HHTIntegrator::getRoundingOfPositions() const {
     double largest = 1.0;
     for (std::size_t i = 0; i < scales.size(); ++i)
         largest = std::max(largest, std::fabs(data(trial->q)[i]) / scales[i]);
-    return 8.0 * std::numeric_limits<double>::epsilon() * largest / settings.tolerance;
+    return 0.5 * std::numeric_limits<double>::epsilon() * largest / settings.tolerance;
 }
 
 StepResult HHTIntegrator::start() {
@@ -274,7 +276,7 @@ bool HHTIntegrator::isConverged() {
         return true;
     if (lastCorrectionNorm > 0.0) {
         const double measured = correctionNorm / lastCorrectionNorm;
-        if (measured > 0.5 && correctionNorm <= 100.0 * rounding)
+        if (measured > noiseContraction && correctionNorm <= largestNoise * rounding)
             return true; // nothing but rounding is left
         contraction = std::max(measured, leastContraction);
         isMatrixWanted = !(contraction <= slowContraction);
