@@ -4,7 +4,10 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace velmora::driver {
@@ -17,11 +20,27 @@ struct Finding {
     std::string text;
 };
 
+/// Which kinds of TOML values the value of a key is made of; more than one in a list of unlike values.
+struct ValueKinds {
+    bool hasText = false;
+    bool hasNumber = false;
+    bool hasFlag = false; ///< true or false
+};
+
+/// Where a key stands in the file, and what its value was before it became text.
+struct KeyPlace {
+    std::string key;
+    unsigned line = 0;
+    ValueKinds kinds;
+};
+
 /// Where a block and its keys stand in the file, for findings; parallel to IO_DataModel::blocks.
 struct BlockPlace {
-    unsigned line = 0;                                     ///< of the block's head
-    std::vector<std::pair<std::string, unsigned>> keys;    ///< key, line
-    std::vector<std::pair<std::string, bool>> isTextValue; ///< key, whether its value is a text in the file
+    unsigned line = 0;          ///< of the block's head
+    std::vector<KeyPlace> keys; ///< in the order of the file, "type", "uuid" and "label" among them
+
+    /// Null if the block doesn't hold the key.
+    const KeyPlace* find(std::string_view key) const;
 };
 
 /// The section [simulation]; what isn't given keeps its default.
@@ -45,14 +64,16 @@ struct ModelFile {
     std::vector<Finding> findings;
 };
 
-/// Reads a TOML model file. Null if the file can't be read at all, with the reason in `error`; everything
-/// else is a finding.
+/// Reads a TOML model file. Null if the file can't be read at all, with the reason in `error` ("no such
+/// file"); everything else is a finding. Findings come in the order of their lines.
 std::unique_ptr<ModelFile> readModelFile(const std::string& fileName, std::string& error);
 
 /// Checks a model file for what the kernel takes without a word, and appends the findings: unknown keys and
 /// types, duplicate and missing UUIDs, references to nothing, directions that aren't unit vectors,
-/// orientations and inertias that no body can have, types that create nothing.
+/// orientations and inertias that no body can have, types that create nothing. All of them are errors.
 void checkStrictly(ModelFile& file);
+/// The same with block types other than the kernel's.
+void checkStrictly(ModelFile& file, std::span<const MBS_BlockTypeInfo> vocabulary);
 
 /// The finding as a line of text, without a line feed.
 std::string format(const Finding& finding, const std::string& fileName);
