@@ -64,8 +64,8 @@ struct ModelFile {
     std::vector<Finding> findings;
 };
 
-/// Reads a TOML model file. Null if the file can't be read at all, with the reason in `error` ("no such
-/// file"); everything else is a finding. Findings come in the order of their lines.
+/// Reads a TOML model file. Null if the file can't be read at all, with name and reason in `error`
+/// ("model.toml: no such file"); everything else is a finding. Findings come in the order of their lines.
 std::unique_ptr<ModelFile> readModelFile(const std::string& fileName, std::string& error);
 
 /// Checks a model file for what the kernel takes without a word, and appends the findings: unknown keys and

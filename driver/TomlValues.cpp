@@ -10,27 +10,23 @@ namespace velmora::driver {
 namespace {
 
 void append(TextValue& out, const std::string& text) {
-    out.text += (out.text.empty() ? "" : ", ") + text;
+    const bool isFirst = !out.kinds.hasText && !out.kinds.hasNumber && !out.kinds.hasFlag;
+    out.text += (isFirst ? "" : ", ") + text;
 }
 
 void appendNumber(TextValue& out, double number) {
-    out.kinds.hasNumber = true;
     if (!std::isfinite(number))
         out.problem = "the number isn't finite";
-    else
-        append(out, fmt::format("{}", number));
+    append(out, fmt::format("{}", number));
+    out.kinds.hasNumber = true;
 }
 
 void appendText(TextValue& out, const std::string& text, bool isInList) {
-    out.kinds.hasText = true;
-    if (!isInList) {
-        out.text = text;
-        return;
-    }
     // The comma separates the entries of the list that the block gets.
-    if (text.find(',') != std::string::npos)
+    if (isInList && text.find(',') != std::string::npos)
         out.problem = "a text in a list can't hold a comma";
     append(out, text);
+    out.kinds.hasText = true;
 }
 
 void appendNode(TextValue& out, const toml::node& node, bool isInList) {
@@ -40,13 +36,13 @@ void appendNode(TextValue& out, const toml::node& node, bool isInList) {
         for (const toml::node& element : *list)
             appendNode(out, element, true);
     } else if (const auto* integer = node.as_integer()) {
-        out.kinds.hasNumber = true;
         append(out, fmt::format("{}", integer->get()));
+        out.kinds.hasNumber = true;
     } else if (const auto* number = node.as_floating_point()) {
         appendNumber(out, number->get());
     } else if (const auto* flag = node.as_boolean()) {
-        out.kinds.hasFlag = true;
         append(out, flag->get() ? "yes" : "no");
+        out.kinds.hasFlag = true;
     } else if (const auto* text = node.as_string()) {
         appendText(out, text->get(), isInList);
     } else {
