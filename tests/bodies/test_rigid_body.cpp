@@ -94,7 +94,7 @@ TEST_F(RigidBody, InertiaForcesAreThoseOfEuler) {
     EXPECT_NEAR(twiceEnergy, 2.5 * dot(v, v) + dot(c.omegaBar, diagTimes(I, c.omegaBar)), 1e-13);
     model->getVelInertiaForces(&s.q, &s.qd, &force);
     // Gbar Q / 4 is the moment of -w x I w in the body frame.
-    const Vec3 moment = 0.25 * (c.Gbar * Vec4::from(force.bodyData(0) + 3));
+    const Vec3 moment = 0.25 * (c.Gbar() * Vec4::from(force.bodyData(0) + 3));
     const Vec3 expected = cross(diagTimes(I, c.omegaBar), c.omegaBar);
     for (std::size_t k = 0; k < 3; ++k)
         EXPECT_NEAR(moment.data[k], expected.data[k], 1e-13);

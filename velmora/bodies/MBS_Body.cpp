@@ -27,6 +27,60 @@ void MBS_Body::clear(P* Q) const {
     std::fill_n(Q->bodyData(bodyIndex), getNumOfDof(), 0.0);
 }
 
+void MBS_Body::updateForMotion(double t, const P* q, const P* qd, const P* qdd) {
+    commons->update(t, q, qd, qdd);
+    massMatrix->update(t, q, qd, qdd, nullptr);
+    cqT->update(t, q, qd, qdd);
+}
+
+void MBS_Body::updateForJacobian(double t, const P* q, const P* qd, const P* qdd, const C* multipliers) {
+    commons->updateForAcceleration(t, q, qd, qdd);
+    if (regardVelocityInertiaForcesInsideJacobian) {
+        qvv_q->update(t, q, qd, qdd, nullptr);
+        qvv_qd->update(t, q, qd, qdd, nullptr);
+    }
+    mQdd_q->update(t, q, qd, qdd, nullptr);
+    cqLi_q->update(t, q, qd, qdd, multipliers);
+    cqTdT->update(t, q, qd, qdd);
+}
+
+// M has the blocks tt, rr, rf, fr, ff.
+void MBS_Body::getAccInertiaForces(const P* qdd, P* out) const {
+    clear(out);
+    addProduct(*massMatrix, qdd->bodyData(bodyIndex), out->bodyData(bodyIndex));
+}
+
+void MBS_Body::getInnerConstraintForces(const C* multipliers, P* out) const {
+    clear(out);
+    const double lambda = multipliers->innerEquationOfBody(bodyIndex);
+    addProduct(*cqT, &lambda, out->bodyData(bodyIndex));
+}
+
+std::vector<MBM_DenseMatrix*> MBS_Body::blocksInOrderOfUse() const {
+    std::vector<MBM_DenseMatrix*> blocks{cqT->rPart.get()};
+    for (const auto* matrix : {&massMatrix, &mQdd_q, &qvv_q, &qvv_qd, &cqLi_q})
+        for (unsigned k = 0; *matrix && k < 9; ++k)
+            blocks.push_back((*matrix)->block[k / 3][k % 3].get());
+    blocks.push_back(cqTdT->rPart.get());
+    return blocks;
+}
+
+void MBS_Body::gatherStorage() {
+    std::vector<MBM_DenseStandAloneMatrix*> blocks;
+    std::size_t total = 0;
+    for (MBM_DenseMatrix* block : blocksInOrderOfUse())
+        if (auto* owner = dynamic_cast<MBM_DenseStandAloneMatrix*>(block)) {
+            blocks.push_back(owner);
+            total += std::size_t{owner->rows} * owner->cols;
+        }
+    const std::shared_ptr<double[]> arena(new double[total]);
+    std::size_t place = 0;
+    for (MBM_DenseStandAloneMatrix* block : blocks) {
+        block->moveStorage(std::shared_ptr<double[]>(arena, arena.get() + place));
+        place += std::size_t{block->rows} * block->cols;
+    }
+}
+
 void MBS_Body::getMqddDqTimesW(const P* w, P* Q) {
     clear(Q);
     const double* wRot = w->bodyData(bodyIndex) + 3;

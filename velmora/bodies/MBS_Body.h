@@ -37,6 +37,14 @@ class MBS_Body : public MBS_ModelObject {
     virtual void getVelInertiaForces(const P* q, const P* qd, P* Q) = 0;
     virtual void getElasticForces(const P* q, P* Q) = 0;
     virtual void getDampingForces(const P* qd, P* Q) = 0;
+    /// Refreshes kinematics, mass matrix and the Jacobian of the inner constraint.
+    virtual void updateForMotion(double t, const P* q, const P* qd, const P* qdd);
+    /// Refreshes all other derivative blocks at the state of the last `updateForMotion`.
+    virtual void updateForJacobian(double t, const P* q, const P* qd, const P* qdd, const C* multipliers);
+    /// Body's part of out = M qdd.
+    virtual void getAccInertiaForces(const P* qdd, P* out) const;
+    /// Body's part of out = Cq' lambda of the inner constraint.
+    virtual void getInnerConstraintForces(const C* multipliers, P* out) const;
     /// Q = (d(M qdd)/dq)' w over the rotational and flexible coordinates.
     virtual void getMqddDqTimesW(const P* w, P* Q);
     virtual void copyInitialData(P* q, P* qd) const;
@@ -51,6 +59,10 @@ class MBS_Body : public MBS_ModelObject {
     /// Right-hand side of the position-level solve into the body's part of `out` (null: nothing): the sum
     /// over active actors of J' W (target - r - A u) with J = [1, J(p, u)].
     void computeBbar(const P* q, P* out) const;
+
+    /// Moves the elements of all blocks into one run of memory, in the order in which an evaluation meets
+    /// them. To be called once, before anything keeps pointers into them.
+    virtual void gatherStorage();
 
     unsigned getNumOfDof() const { return numTransDof + numRotDof + numFlexDof; }
 
@@ -86,6 +98,8 @@ class MBS_Body : public MBS_ModelObject {
   protected:
     /// Sets `position` and `rotationMatrix` from the initial coordinates.
     void updateInitialPose();
+    /// Blocks whose elements `gatherStorage` moves, in order; entries may be null.
+    virtual std::vector<MBM_DenseMatrix*> blocksInOrderOfUse() const;
     /// Clears the body's part of Q.
     void clear(P* Q) const;
 };

@@ -7,10 +7,7 @@ namespace velmora {
 void MBS_BodyCommons::update(double, const P* q, const P* qd, const P*) {
     p = Vec4::from(q->bodyData(bodyIndex) + 3);
     dp = Vec4::from(qd->bodyData(bodyIndex) + 3);
-    Gbar = velmora::Gbar(p);
-    G = velmora::G(p);
-    GbarDot = velmora::Gbar(dp);
-    omegaBar = Gbar * dp;
+    omegaBar = Gbar() * dp;
     A = velmora::A(p);
 }
 

@@ -27,11 +27,15 @@ class MBS_BodyCommons {
     /// Refreshes what needs accelerations; nothing for most bodies.
     virtual void updateForAcceleration(double time, const P* q, const P* qd, const P* qdd);
 
+    /// 3x4, omega in the body frame = Gbar dp; holds the factor 2. These three are cheaper made than fetched.
+    Mat34 Gbar() const { return velmora::Gbar(p); }
+    /// 3x4, omega in the global frame = G dp; holds the factor 2.
+    Mat34 G() const { return velmora::G(p); }
+    /// 3x4, time derivative of Gbar.
+    Mat34 GbarDot() const { return velmora::Gbar(dp); }
+
     unsigned bodyIndex;
     Vec4 p, dp;    ///< Euler parameters and their rates
-    Mat34 Gbar;    ///< 3x4, omega in the body frame = Gbar dp; holds the factor 2
-    Mat34 G;       ///< 3x4, omega in the global frame = G dp; holds the factor 2
-    Mat34 GbarDot; ///< time derivative of Gbar
     Vec3 omegaBar; ///< angular velocity, body frame
     Mat3 A;        ///< body frame to global frame
 };

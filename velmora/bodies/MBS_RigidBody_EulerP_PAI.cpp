@@ -2,6 +2,7 @@
 
 #include "velmora/bodies/MBS_RigidBody_EulerP_PAI_Matrix.h"
 #include "velmora/bodies/MBS_RotationMath.h"
+#include "velmora/bodies/RigidBodyFormulas.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/matrix/MBM_DenseMatrix.h"
 #include "velmora/model/MBS_Math.h"
@@ -26,8 +27,11 @@ void MBS_RigidBody_EulerP_PAI_Commons::update(double time, const P* q, const P* 
     MBS_BodyCommons::update(time, q, qd, qdd);
     if (isMassless)
         return;
-    IbarGbar = diagTimes(Ibar, Gbar);
     IbarOmegaBar = diagTimes(Ibar, omegaBar);
+}
+
+Mat3 MBS_RigidBody_EulerP_PAI_Commons::gyroscopicMatrix() const {
+    return rigid::gyroscopicMatrix(Ibar, omegaBar, IbarOmegaBar);
 }
 
 MBS_RigidBody_EulerP_PAI::MBS_RigidBody_EulerP_PAI(IO_DataModelBlock* block, MBS_Model* owner, unsigned index)
@@ -52,7 +56,9 @@ MBS_RigidBody_EulerP_PAI::MBS_RigidBody_EulerP_PAI(IO_DataModelBlock* block, MBS
     parameter = std::move(ownParameter);
     commons = std::move(ownCommons);
     isZeroInertia = mass == 0.0;
+    totalMass = mass;
     createBlocks();
+    gatherStorage();
     updateInitialPose();
 }
 
@@ -76,13 +82,63 @@ void MBS_RigidBody_EulerP_PAI::createBlocks() {
     cqTdT = std::make_unique<MBS_RiBo_PAI_CqTdT>(*this);
 }
 
-// Q_r = -Gbar' (w x I w). The translational part vanishes since the reference point is the centre of mass.
+void MBS_RigidBody_EulerP_PAI::gatherStorage() {
+    MBS_Body::gatherStorage();
+    const auto rr = [](const Matrix& m) { return m->block[Rot][Rot] ? m->block[Rot][Rot]->data : nullptr; };
+    elements = {rr(massMatrix), rr(mQdd_q),       rr(qvv_q),         rr(qvv_qd),
+                rr(cqLi_q),     cqT->rPart->data, cqTdT->rPart->data};
+}
+
+void MBS_RigidBody_EulerP_PAI::updateForMotion(double t, const P* q, const P* qd, const P* qdd) {
+    rigidCommons->MBS_RigidBody_EulerP_PAI_Commons::update(t, q, qd, qdd);
+    const auto& c = *rigidCommons;
+    (2.0 * c.p).to(elements.cqT);
+    if (!isZeroInertia)
+        rigid::massBlock(c.Ibar, c.p).to(elements.mass);
+}
+
+void MBS_RigidBody_EulerP_PAI::updateForJacobian(double, const P*, const P*, const P* qdd,
+                                                 const C* multipliers) {
+    const auto& c = *rigidCommons;
+    const double lambda = multipliers->innerEquationOfBody(bodyIndex);
+    for (unsigned i = 0; i < 4; ++i)
+        elements.cqLi_q[5 * i] = 2.0 * lambda;
+    (2.0 * c.dp).to(elements.cqTdT);
+    if (isZeroInertia)
+        return;
+    const Vec4 a = Vec4::from(qdd->bodyData(bodyIndex) + 3);
+    rigid::inertiaForce_q(c.Ibar, c.p, a).to(elements.mQdd_q);
+    if (!regardVelocityInertiaForcesInsideJacobian)
+        return;
+    const Mat3 gyroscopic = c.gyroscopicMatrix();
+    const Vec3 wxn = cross(c.omegaBar, c.IbarOmegaBar);
+    rigid::velInertiaForce_q(c.p, c.dp, gyroscopic, wxn).to(elements.qvv_q);
+    rigid::velInertiaForce_qd(c.p, gyroscopic).to(elements.qvv_qd);
+}
+
+void MBS_RigidBody_EulerP_PAI::getAccInertiaForces(const P* qdd, P* out) const {
+    const double* a = qdd->bodyData(bodyIndex);
+    double* result = out->bodyData(bodyIndex);
+    (totalMass * Vec3::from(a)).to(result);
+    if (isZeroInertia)
+        Vec4().to(result + 3);
+    else
+        (Mat4::from(elements.mass) * Vec4::from(a + 3)).to(result + 3);
+}
+
+void MBS_RigidBody_EulerP_PAI::getInnerConstraintForces(const C* multipliers, P* out) const {
+    double* result = out->bodyData(bodyIndex);
+    Vec3().to(result);
+    (multipliers->innerEquationOfBody(bodyIndex) * Vec4::from(elements.cqT)).to(result + 3);
+}
+
+// The translational part vanishes since the reference point is the centre of mass.
 void MBS_RigidBody_EulerP_PAI::getVelInertiaForces(const P*, const P*, P* Q) {
     clear(Q);
     if (isZeroInertia)
         return;
     const auto& c = *rigidCommons;
-    transposeTimes(c.Gbar, cross(c.IbarOmegaBar, c.omegaBar)).to(Q->bodyData(bodyIndex) + 3);
+    rigid::velInertiaForce(c.p, c.omegaBar, c.IbarOmegaBar).to(Q->bodyData(bodyIndex) + 3);
 }
 
 void MBS_RigidBody_EulerP_PAI::getElasticForces(const P*, P* Q) {

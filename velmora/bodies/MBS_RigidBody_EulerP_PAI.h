@@ -24,9 +24,10 @@ class MBS_RigidBody_EulerP_PAI_Commons : public MBS_BodyCommons {
     MBS_RigidBody_EulerP_PAI_Commons(unsigned index, const MBS_RigidBody_EulerP_PAI_Parameter& parameter);
     std::string getClassName() const override { return "MBS_RigidBody_EulerP_PAI_Commons"; }
     void update(double time, const P* q, const P* qd, const P* qdd) override;
+    /// tilde(w) I - tilde(I w): the derivative of w x I w with respect to w.
+    Mat3 gyroscopicMatrix() const;
 
     Vec3 Ibar;         ///< I1, I2, I3
-    Mat34 IbarGbar;    ///< 3x4, diag(I) Gbar
     Vec3 IbarOmegaBar; ///< diag(I) omegaBar: angular momentum about the centre of mass, body frame
     bool isMassless;
 };
@@ -49,6 +50,11 @@ class MBS_RigidBody_EulerP_PAI : public MBS_Body {
     void getVelInertiaForces(const P* q, const P* qd, P* Q) override;
     void getElasticForces(const P* q, P* Q) override;
     void getDampingForces(const P* qd, P* Q) override;
+    void updateForMotion(double t, const P* q, const P* qd, const P* qdd) override;
+    void updateForJacobian(double t, const P* q, const P* qd, const P* qdd, const C* multipliers) override;
+    void getAccInertiaForces(const P* qdd, P* out) const override;
+    void getInnerConstraintForces(const C* multipliers, P* out) const override;
+    void gatherStorage() override;
     bool isRigidBody() const override { return true; }
     bool isZeroInertiaBody() const override { return isZeroInertia; }
 
@@ -58,7 +64,16 @@ class MBS_RigidBody_EulerP_PAI : public MBS_Body {
     void setInitialRotation(const Mat3& orientation, const Vec3& omega);
     void createBlocks();
 
-    const MBS_RigidBody_EulerP_PAI_Commons* rigidCommons = nullptr; // owned as `commons`
+    /// Where the elements of the blocks lie, so that an evaluation reaches them without the blocks' headers.
+    /// The formulas are those of the blocks' own `update`. Null for what a massless body lacks.
+    struct Elements {
+        double *mass, *mQdd_q, *qvv_q, *qvv_qd; // 4x4
+        double* cqLi_q;                         // 4x4 diagonal
+        double *cqT, *cqTdT;                    // 4x1
+    };
+    Elements elements{};
+    double totalMass = 0.0;
+    MBS_RigidBody_EulerP_PAI_Commons* rigidCommons = nullptr; // owned as `commons`
 };
 
 } // namespace velmora

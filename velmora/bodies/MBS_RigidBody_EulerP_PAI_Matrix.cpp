@@ -1,35 +1,16 @@
 #include "velmora/bodies/MBS_RigidBody_EulerP_PAI_Matrix.h"
 
+#include "velmora/bodies/RigidBodyFormulas.h"
 #include "velmora/model/MBS_ModelDofVector.h"
 
 #include <algorithm>
 
-// Notation: p, dp, a = rotational parts of q, qd, qdd; w = Gbar(p) dp; n = I w. S(v), J(x, u) and Gbar(x) as
-// in RotationAlgebra.h, with Gbar(x)' v = 2 S(v) x and Gbar(x) y = -Gbar(y) x. With the latter, dw/dp =
-// -Gbar(dp) and dw/d(dp) = Gbar(p).
+// Numbers in brackets are those of RigidBodyFormulas.h; further
 //
-// (1) M     = Gbar' I Gbar
-// (2) MQdd_q  = d(Gbar' I Gbar a)/dp = 2 S(I Gbar a) - Gbar' I Gbar(a)
-// (3) Qvv     = -Gbar' (w x n),   d(w x n) = (tilde(w) I - tilde(n)) dw
-// (4) Qvv_q   = Gbar' (tilde(w) I - tilde(n)) Gbar(dp) - 2 S(w x n)
-// (5) Qvv_qd  = -Gbar' (tilde(w) I - tilde(n)) Gbar(p)
-// (6) CqLi_q  = d(2 p l)/dp = 2 l 1
-// (7) Abar    = diag(s) + sum of J' W J
+// (6) CqLi_q = d(2 p l)/dp = 2 l 1
+// (7) Abar   = diag(s) + sum of J' W J
 
 namespace velmora {
-
-namespace {
-
-// tilde(w) I - tilde(n), the derivative of w x I w with respect to w.
-Mat3 gyroscopicMatrix(const MBS_RigidBody_EulerP_PAI_Commons& c) {
-    Mat3 m = skew(c.omegaBar);
-    for (int j = 0; j < 3; ++j)
-        for (int i = 0; i < 3; ++i)
-            m(i, j) *= c.Ibar(j);
-    return m - skew(c.IbarOmegaBar);
-}
-
-} // namespace
 
 void MBS_RigidBody_EulerP_PAI_Matrix::keepRotational() {
     if (commons->isMassless)
@@ -50,7 +31,7 @@ MBS_RigidBody_EulerP_PAI_MassMatrix::MBS_RigidBody_EulerP_PAI_MassMatrix(
 
 void MBS_RigidBody_EulerP_PAI_MassMatrix::update(double, const P*, const P*, const P*, const C*) {
     if (!commons->isMassless)
-        transposeTimes(commons->Gbar, commons->IbarGbar).to(rr()); // (1)
+        rigid::massBlock(commons->Ibar, commons->p).to(rr()); // (1)
 }
 
 MBS_RigidBody_EulerP_PAI_MQdd_q::MBS_RigidBody_EulerP_PAI_MQdd_q(const MBS_Body& owner,
@@ -63,8 +44,7 @@ void MBS_RigidBody_EulerP_PAI_MQdd_q::update(double, const P*, const P*, const P
     if (commons->isMassless)
         return;
     const Vec4 a = Vec4::from(qdd->bodyData(bodyIndex) + 3);
-    const Mat34& IG = commons->IbarGbar;
-    (2.0 * S(IG * a) - transposeTimes(IG, Gbar(a))).to(rr()); // (2)
+    rigid::inertiaForce_q(commons->Ibar, commons->p, a).to(rr()); // (2)
 }
 
 MBS_RigidBody_EulerP_PAI_Qvv_q::MBS_RigidBody_EulerP_PAI_Qvv_q(const MBS_Body& owner,
@@ -78,7 +58,7 @@ void MBS_RigidBody_EulerP_PAI_Qvv_q::update(double, const P*, const P*, const P*
         return;
     const auto& c = *commons;
     const Vec3 wxn = cross(c.omegaBar, c.IbarOmegaBar);
-    (transposeTimes(c.Gbar, gyroscopicMatrix(c) * c.GbarDot) - 2.0 * S(wxn)).to(rr()); // (4)
+    rigid::velInertiaForce_q(c.p, c.dp, c.gyroscopicMatrix(), wxn).to(rr()); // (4)
 }
 
 MBS_RigidBody_EulerP_PAI_Qvv_qd::MBS_RigidBody_EulerP_PAI_Qvv_qd(const MBS_Body& owner,
@@ -90,8 +70,7 @@ MBS_RigidBody_EulerP_PAI_Qvv_qd::MBS_RigidBody_EulerP_PAI_Qvv_qd(const MBS_Body&
 void MBS_RigidBody_EulerP_PAI_Qvv_qd::update(double, const P*, const P*, const P*, const C*) {
     if (commons->isMassless)
         return;
-    const auto& c = *commons;
-    (-transposeTimes(c.Gbar, gyroscopicMatrix(c) * c.Gbar)).to(rr()); // (5)
+    rigid::velInertiaForce_qd(commons->p, commons->gyroscopicMatrix()).to(rr()); // (5)
 }
 
 MBS_RigidBody_EulerP_PAI_CqLi_q::MBS_RigidBody_EulerP_PAI_CqLi_q(const MBS_Body& owner,
@@ -102,7 +81,7 @@ MBS_RigidBody_EulerP_PAI_CqLi_q::MBS_RigidBody_EulerP_PAI_CqLi_q(const MBS_Body&
 }
 
 void MBS_RigidBody_EulerP_PAI_CqLi_q::update(double, const P*, const P*, const P*, const C* lagrange) {
-    const double lambda = lagrange->bodyInnerConstraints[bodyIndex]->data[0];
+    const double lambda = lagrange->innerEquationOfBody(bodyIndex);
     for (unsigned i = 0; i < 4; ++i)
         rr()[5 * i] = 2.0 * lambda; // (6)
 }

@@ -2,7 +2,7 @@
 
 #include "velmora/bodies/MBS_Body.h"
 #include "velmora/global_matrix/MBS_ContributionCodes.h"
-#include "velmora/global_matrix/MBS_GeneralBodyBodyMatrixMapperCSR3.h"
+#include "velmora/matrix/MBM_DenseMatrix.h"
 #include "velmora/model/MBS_ModelLookUp.h"
 
 namespace velmora {
@@ -17,7 +17,7 @@ MBS_ConstraintCell_Map_Procedure::MBS_ConstraintCell_Map_Procedure(unsigned firs
     unsigned physical = 0, inner = 0;
     for (const auto& body : model.getBodies()) {
         const auto& cqT = isTimeDerivative ? body->cqTdT : body->cqT;
-        entries.push_back({cqT.get(), physical, inner, nullptr});
+        entries.push_back({cqT.get(), physical, inner});
         physical += body->getNumOfDof();
         inner += body->numInnerConstraintDof;
     }
@@ -25,9 +25,24 @@ MBS_ConstraintCell_Map_Procedure::MBS_ConstraintCell_Map_Procedure(unsigned firs
 
 MBS_ConstraintCell_Map_Procedure::~MBS_ConstraintCell_Map_Procedure() = default;
 
-void MBS_ConstraintCell_Map_Procedure::refresh() {
-    for (const Entry& entry : entries)
-        entry.mapper->mapValues(*scalingPointer);
+void MBS_ConstraintCell_Map_Procedure::initMappers(MBM_SparseMat_CSR3& sparse) {
+    for (const Entry& entry : entries) {
+        addPart(sparse, entry, entry.cqT->tPart.get(), 0);
+        addPart(sparse, entry, entry.cqT->rPart.get(), entry.cqT->transDof);
+        addPart(sparse, entry, entry.cqT->fPart.get(), entry.cqT->transDof + entry.cqT->rotDof);
+    }
+}
+
+void MBS_ConstraintCell_Map_Procedure::addPart(MBM_SparseMat_CSR3& sparse, const Entry& entry,
+                                               const MBM_DenseMatrix* part, unsigned kindOffset) {
+    if (!part)
+        return;
+    const unsigned dof = entry.physicalOffset + kindOffset, equation = entry.constraintOffset;
+    const auto shape = part->isDiagonal() ? MBS_BlockShape::Diagonal : MBS_BlockShape::General;
+    plan.add(sparse,
+             {rowOffset + (isTransposed() ? equation : dof), colOffset + (isTransposed() ? dof : equation),
+              part->rows, part->cols, shape, isTransposed()},
+             {{part->data, scalingPointer, 0, false}});
 }
 
 MBS_PhysicalDOF_x_ConstraintDOF_Map_Procedure::MBS_PhysicalDOF_x_ConstraintDOF_Map_Procedure(
@@ -42,12 +57,6 @@ void MBS_PhysicalDOF_x_ConstraintDOF_Map_Procedure::addPattern(std::vector<unsig
                                    colOffset + entry.constraintOffset);
 }
 
-void MBS_PhysicalDOF_x_ConstraintDOF_Map_Procedure::initMappers(MBM_SparseMat_CSR3& sparse) {
-    for (Entry& entry : entries)
-        entry.mapper = std::make_unique<MBS_GeneralTransposedConstrainedJacobianMapperCSR3>(
-            *entry.cqT, sparse, rowOffset + entry.physicalOffset, colOffset + entry.constraintOffset);
-}
-
 MBS_ConstraintDOF_x_PhysicalDOF_Map_Procedure::MBS_ConstraintDOF_x_PhysicalDOF_Map_Procedure(
     unsigned firstRow, unsigned firstCol, unsigned type, const double* weight,
     const MBS_ModelObjectLists& model)
@@ -58,12 +67,6 @@ void MBS_ConstraintDOF_x_PhysicalDOF_Map_Procedure::addPattern(std::vector<unsig
     for (const Entry& entry : entries)
         entry.cqT->addPatternOfCq(rows, cols, rowOffset + entry.constraintOffset,
                                   colOffset + entry.physicalOffset);
-}
-
-void MBS_ConstraintDOF_x_PhysicalDOF_Map_Procedure::initMappers(MBM_SparseMat_CSR3& sparse) {
-    for (Entry& entry : entries)
-        entry.mapper = std::make_unique<MBS_GeneralNonTransposedConstrainedJacobianMapperCSR3>(
-            *entry.cqT, sparse, rowOffset + entry.constraintOffset, colOffset + entry.physicalOffset);
 }
 
 } // namespace velmora

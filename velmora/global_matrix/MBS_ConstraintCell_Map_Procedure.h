@@ -1,13 +1,13 @@
 #pragma once
 
-#include <memory>
+#include "velmora/global_matrix/MBS_ScatterPlan.h"
+
 #include <string>
 #include <vector>
 
 namespace velmora {
 
-class MBM_SparseMat_CSR3;
-class MBS_ConstrainedJacobianMapperCSR3;
+class MBM_DenseMatrix;
 class MBS_General_CqT;
 class MBS_ModelObjectLists;
 
@@ -23,9 +23,10 @@ class MBS_ConstraintCell_Map_Procedure {
     virtual std::string getClassName() const = 0;
     /// Appends the one-based (row, column) pairs of all objects.
     virtual void addPattern(std::vector<unsigned>& rows, std::vector<unsigned>& cols) const = 0;
-    virtual void initMappers(MBM_SparseMat_CSR3& sparse) = 0;
+    /// Prepares the scatter into the finished sparse matrix.
+    void initMappers(MBM_SparseMat_CSR3& sparse);
     /// Scatters all objects with the cell's weight.
-    void refresh();
+    void refresh() { plan.run(nullptr); }
 
   protected:
     /// One object and its place within the cell.
@@ -33,9 +34,10 @@ class MBS_ConstraintCell_Map_Procedure {
         const MBS_General_CqT* cqT; // not owned
         unsigned physicalOffset;    // first coordinate of its body in the physical vector
         unsigned constraintOffset;  // first equation in the constraint vector
-        std::unique_ptr<MBS_ConstrainedJacobianMapperCSR3> mapper;
     };
 
+    /// True if the parts enter as Cq: equations in the rows.
+    virtual bool isTransposed() const = 0;
     /// `isTimeDerivative`: the objects are d(Cq')/dt. Offsets: zero-based start of the cell.
     MBS_ConstraintCell_Map_Procedure(unsigned rowOffset, unsigned colOffset, bool isTimeDerivative,
                                      const double* scalingPointer, const MBS_ModelObjectLists& model);
@@ -43,6 +45,12 @@ class MBS_ConstraintCell_Map_Procedure {
     unsigned rowOffset, colOffset;
     const double* scalingPointer; // into the weights of the global matrix
     std::vector<Entry> entries;
+
+  private:
+    void addPart(MBM_SparseMat_CSR3& sparse, const Entry& entry, const MBM_DenseMatrix* part,
+                 unsigned kindOffset);
+
+    MBS_ScatterPlan plan;
 };
 
 /// Codes 201 and 202: coordinates in the rows.
@@ -53,7 +61,7 @@ class MBS_PhysicalDOF_x_ConstraintDOF_Map_Procedure : public MBS_ConstraintCell_
                                                   const MBS_ModelObjectLists& model);
     std::string getClassName() const override { return "MBS_PhysicalDOF_x_ConstraintDOF_Map_Procedure"; }
     void addPattern(std::vector<unsigned>& rows, std::vector<unsigned>& cols) const override;
-    void initMappers(MBM_SparseMat_CSR3& sparse) override;
+    bool isTransposed() const override { return false; }
 };
 
 /// Codes 301 and 302: equations in the rows.
@@ -64,7 +72,7 @@ class MBS_ConstraintDOF_x_PhysicalDOF_Map_Procedure : public MBS_ConstraintCell_
                                                   const MBS_ModelObjectLists& model);
     std::string getClassName() const override { return "MBS_ConstraintDOF_x_PhysicalDOF_Map_Procedure"; }
     void addPattern(std::vector<unsigned>& rows, std::vector<unsigned>& cols) const override;
-    void initMappers(MBM_SparseMat_CSR3& sparse) override;
+    bool isTransposed() const override { return true; }
 };
 
 } // namespace velmora

@@ -1,24 +1,22 @@
 #pragma once
 
-#include "velmora/matrix/MBM_DenseMatrix.h"
+#include "velmora/global_matrix/MBS_ScatterPlan.h"
 
-#include <memory>
+#include <array>
 #include <string>
 #include <vector>
 
 namespace velmora {
 
-class MBM_SparseMat_CSR3;
-class MBS_BodyBodyMatrixInstance;
+class MBM_DenseMatrix;
 class MBS_GeneralBodyBodyMatrix;
-class MBS_GeneralBodyBodyMatrixMapperCSR3;
 class MBS_ModelObjectLists;
 
-/// Owns one physical x physical cell of a global matrix: one dense accumulator per body pair that occurs, and
-/// the scatter of each into the sparse matrix.
+/// Owns one physical x physical cell of a global matrix: the body pairs that occur in it, the shape of each
+/// of their places, and the scatter of all sources into the sparse matrix.
 ///
-/// The shape of an accumulator is the union of the shapes of its sources; a place that only diagonal blocks
-/// reach is diagonal. Example, codes 101 and 105 on a rigid body: tt diagonal (3 entries), rr full 4x4.
+/// The shape of a place is the union of the shapes of its sources; a place that only diagonal blocks reach is
+/// diagonal. Example, codes 101 and 105 on a rigid body: tt diagonal (3 entries), rr full 4x4.
 class MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure {
   public:
     /// `rowOffset`, `colOffset`: zero-based start of the cell. One pointer to its weight per code.
@@ -33,45 +31,43 @@ class MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure {
 
     virtual std::string getClassName() const { return "MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure"; }
 
-    /// Appends the one-based (row, column) pairs of all accumulators.
+    /// Appends the one-based (row, column) pairs of all places.
     void addPattern(std::vector<unsigned>& rows, std::vector<unsigned>& cols) const;
+    /// Prepares the scatter into the finished sparse matrix.
     void initMappers(MBM_SparseMat_CSR3& sparse);
-    /// Clears, accumulates all sources with their weights and scatters. `T` (4x4 per body) is for the
-    /// modified HHT form, and null otherwise.
-    void refresh(MBM_GeneralDenseMatrix** T);
+    /// Sums all sources with their weights and scatters them. `T` (4x4 per body) is for the modified HHT
+    /// form, and null otherwise.
+    void refresh(MBM_GeneralDenseMatrix** T) { plan.run(T); }
 
   private:
-    /// One body pair that occurs.
-    struct Pair {
-        unsigned rowBody;
-        unsigned colBody;
-        std::unique_ptr<MBS_BodyBodyMatrixInstance> instance;
-        std::unique_ptr<MBS_GeneralBodyBodyMatrixMapperCSR3> mapper;
-    };
-    /// One dense block of one source and the block that it is added into; both lie in one run of memory.
-    struct BlockSum {
-        const MBM_DenseMatrix* source;
-        MBM_DenseMatrix* target;
+    /// A block object that belongs in the cell.
+    struct Contribution {
+        const MBS_GeneralBodyBodyMatrix* matrix; // not owned
+        unsigned type;
         const double* weight;
-        unsigned colBody;
-        bool usesT; ///< rotational columns of a derivative with respect to qd, in the modified HHT form
+        bool hasValues; // false: it shapes the pattern alone
     };
-    struct Source;
-    struct Plan;
+    /// A body pair that occurs, with what is added into it; its places in row-major order of the kinds.
+    struct Pair {
+        unsigned rowBody, colBody;
+        std::vector<Contribution> contributions;
+        std::array<MBS_BlockShape, 9> shapes{};
+    };
+    struct PairMap;
 
-    static void collectBodySources(const MBS_ModelObjectLists& model, unsigned type, const double* weight,
-                                   Plan& plan);
-    static void collectForceSources(const MBS_ModelObjectLists& model, unsigned type, const double* weight,
-                                    Plan& plan);
-    void createInstances(const MBS_ModelObjectLists& model, const Plan& plan, bool isModifiedHHT);
-    void addBlockSums(const Source& source, MBS_BodyBodyMatrixInstance& instance, bool isModifiedHHT);
-    void addWithT(const BlockSum& sum, const MBM_GeneralDenseMatrix& T);
+    static void collectBodies(const MBS_ModelObjectLists& model, unsigned type, const double* weight,
+                              PairMap& pairMap);
+    static void collectForces(const MBS_ModelObjectLists& model, unsigned type, const double* weight,
+                              PairMap& pairMap);
+    /// Place k of a pair: position in the sparse matrix, size and shape.
+    MBS_ScatterPlan::Place placeOf(const Pair& pair, unsigned k) const;
+    std::vector<MBS_ScatterPlan::Source> sourcesOf(const Pair& pair, unsigned k) const;
 
     unsigned rowOffset, colOffset;
-    std::vector<unsigned> bodyOffset;          // per body: first coordinate within the physical vector
-    std::vector<Pair> pairs;                   // row-major in (row body, column body)
-    std::vector<BlockSum> blockSums;           // grouped by pair
-    MBM_GeneralDenseMatrix scratch{1, 1, 0.0}; // of the modified HHT form; large enough for each source
+    bool isModifiedHHT;
+    std::vector<unsigned> bodyOffset; // per body: first coordinate within the physical vector
+    std::vector<Pair> pairs;          // row-major in (row body, column body)
+    MBS_ScatterPlan plan;
 };
 
 } // namespace velmora

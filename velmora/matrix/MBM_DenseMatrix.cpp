@@ -110,6 +110,13 @@ bool MBM_DenseStandAloneMatrix::setDimensionsAndValue(unsigned numOfRows, unsign
     return true;
 }
 
+void MBM_DenseStandAloneMatrix::moveStorage(std::shared_ptr<double[]> place) {
+    if (data)
+        std::copy_n(data, numOfElements(*this), place.get());
+    ownedData = std::move(place);
+    data = ownedData.get();
+}
+
 bool MBM_DenseStandAloneMatrix::allocate() {
     ownedData.reset();
     data = nullptr;
@@ -118,7 +125,7 @@ bool MBM_DenseStandAloneMatrix::allocate() {
                     "unsigned int!");
         return false;
     }
-    ownedData = std::make_unique_for_overwrite<double[]>(numOfElements(*this));
+    ownedData = std::shared_ptr<double[]>(std::make_unique_for_overwrite<double[]>(numOfElements(*this)));
     data = ownedData.get();
     return true;
 }

@@ -36,7 +36,7 @@ void MBS_VelocityResultFileWriter::writeBody(const MBS_Body& body, const P*, con
 void MBS_AccelerationResultFileWriter::writeBody(const MBS_Body& body, const P*, const P*, const P* qdd) {
     const double* a = qdd->bodyData(body.bodyIndex);
     writeNumbers(a, body.numTransDof);
-    const Vec3 alphaBar = body.commons->Gbar * Vec4::from(a + 3);
+    const Vec3 alphaBar = body.commons->Gbar() * Vec4::from(a + 3);
     writeNumbers(alphaBar.data.data(), 3);
 }
 

@@ -39,6 +39,8 @@ MBS_Body* MBS_InternalModel::getBodyByUUID(const std::string& uuid) const {
 
 void MBS_InternalModel::addBody(std::unique_ptr<MBS_Body> body) {
     bodyByUUID.emplace(body->uuid, body.get());
+    if (!body->isRigidBody())
+        flexBodies.push_back(body.get());
     bodies.push_back(std::move(body));
 }
 

@@ -80,6 +80,7 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
 
   private:
     std::vector<std::unique_ptr<MBS_Body>> bodies;
+    std::vector<MBS_Body*> flexBodies;
     std::unordered_map<std::string, MBS_Body*> bodyByUUID; // first body of a UUID wins
     std::vector<std::unique_ptr<MBS_Force>> forces;        // destroyed before the bodies
     std::vector<std::string> dataObjectUUIDs;

@@ -22,22 +22,11 @@ void clearAll(MBS_ModelConstraintDofVector* v) {
         std::fill_n(v->dofVector->data, v->dofVector->size, 0.0);
 }
 
-// The multiplier or residual of a body's norm constraint. Inner equations stand first, one per body.
-double& innerEquation(MBS_ModelConstraintDofVector* v, const MBS_Body& body) {
-    return v->bodyInnerConstraints[body.bodyIndex]->data[0];
-}
-double innerEquation(const MBS_ModelConstraintDofVector* v, const MBS_Body& body) {
-    return v->bodyInnerConstraints[body.bodyIndex]->data[0];
-}
-
 } // namespace
 
 void MBS_InternalModel::updateMatricesForEquationOfMotion(double t, const P* q, const P* qd, const P* qdd) {
-    for (const auto& body : bodies) {
-        body->commons->update(t, q, qd, qdd);
-        body->massMatrix->update(t, q, qd, qdd, nullptr);
-        body->cqT->update(t, q, qd, qdd);
-    }
+    for (const auto& body : bodies)
+        body->updateForMotion(t, q, qd, qdd);
 }
 
 void MBS_InternalModel::updateMatricesForEquationOfMotionAndComputeResiduumForConstrDOF(double t, const P* q,
@@ -51,16 +40,8 @@ void MBS_InternalModel::updateMatricesForEquationOfMotionAndComputeResiduumForCo
 
 void MBS_InternalModel::updateMatricesForJacobian(double t, const P* q, const P* qd, const P* qdd,
                                                   const C* multipliers) {
-    for (const auto& body : bodies) {
-        body->commons->updateForAcceleration(t, q, qd, qdd);
-        if (body->regardVelocityInertiaForcesInsideJacobian) {
-            body->qvv_q->update(t, q, qd, qdd, nullptr);
-            body->qvv_qd->update(t, q, qd, qdd, nullptr);
-        }
-        body->mQdd_q->update(t, q, qd, qdd, nullptr);
-        body->cqLi_q->update(t, q, qd, qdd, multipliers);
-        body->cqTdT->update(t, q, qd, qdd);
-    }
+    for (const auto& body : bodies)
+        body->updateForJacobian(t, q, qd, qdd, multipliers);
     for (const auto& force : forces)
         force->updateMatricesForJacobian(t, q, qd, qdd);
 }
@@ -83,11 +64,9 @@ void MBS_InternalModel::updateForKinematicSolverAndComputeBbar(const P* q, P* ou
     getAndUpdateConstraints(0.0, q, nullptr, nullptr, residual);
 }
 
-// M has the blocks tt, rr, rf, fr, ff.
 void MBS_InternalModel::getAccInertiaForces(const P* qdd, P* out) {
-    clearAll(out);
     for (const auto& body : bodies)
-        addProduct(*body->massMatrix, qdd->bodyData(body->bodyIndex), out->bodyData(body->bodyIndex));
+        body->getAccInertiaForces(qdd, out);
 }
 
 void MBS_InternalModel::getVelInertiaForces(const P* q, const P* qd, P* out) {
@@ -95,22 +74,22 @@ void MBS_InternalModel::getVelInertiaForces(const P* q, const P* qd, P* out) {
         body->getVelInertiaForces(q, qd, out);
 }
 
+// A rigid body has no such forces.
 void MBS_InternalModel::getElasticForces(const P* q, P* out) {
-    for (const auto& body : bodies)
+    clearAll(out);
+    for (MBS_Body* body : flexBodies)
         body->getElasticForces(q, out);
 }
 
 void MBS_InternalModel::getDampingForces(const P* qd, P* out) {
-    for (const auto& body : bodies)
+    clearAll(out);
+    for (MBS_Body* body : flexBodies)
         body->getDampingForces(qd, out);
 }
 
 void MBS_InternalModel::getConstraintForces(const C* multipliers, P* out) {
-    clearAll(out);
-    for (const auto& body : bodies) {
-        const double lambda = innerEquation(multipliers, *body);
-        addProduct(*body->cqT, &lambda, out->bodyData(body->bodyIndex));
-    }
+    for (const auto& body : bodies)
+        body->getInnerConstraintForces(multipliers, out);
 }
 
 void MBS_InternalModel::getExternalForces(double t, const P* q, const P* qd, const P*, P* out) {
@@ -155,13 +134,13 @@ void MBS_InternalModel::getConstraintForceDqTimesW(const P* w, P* out) {
 
 void MBS_InternalModel::getAndUpdateConstraints(double, const P* q, const P*, const P*, C* out) {
     for (const auto& body : bodies)
-        innerEquation(out, *body) = body->getNormResidual(q);
+        out->innerEquationOfBody(body->bodyIndex) = body->getNormResidual(q);
 }
 
 void MBS_InternalModel::getCqdT_Mult_Qd(const P* q, const P* qd, const P*, C* out) {
     for (const auto& body : bodies) {
         body->cqTdT->update(0.0, q, qd, nullptr);
-        double& result = innerEquation(out, *body);
+        double& result = out->innerEquationOfBody(body->bodyIndex);
         result = 0.0;
         addTransposedProduct(*body->cqTdT, qd->bodyData(body->bodyIndex), &result);
     }

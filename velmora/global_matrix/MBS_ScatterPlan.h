@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace velmora {
+
+class MBM_GeneralDenseMatrix;
+class MBM_SparseMat_CSR3;
+
+/// Shape of a place that dense blocks are summed into.
+enum class MBS_BlockShape : std::uint8_t {
+    Absent,
+    Diagonal, ///< the main diagonal alone stands in the sparse matrix
+    General
+};
+
+/// Precomputed scatter of weighted sums of dense blocks into a sparse matrix: a flat list of places, each
+/// with its sources, so that a refresh walks memory forwards, reads each source once and writes each sparse
+/// value once. No search, no allocation.
+///
+/// Example: with sources M (weight s1) and K (weight s2) the place of a 4x4 block becomes s1 M + s2 K,
+/// written row by row where its rows begin in the values of the sparse matrix.
+class MBS_ScatterPlan {
+  public:
+    /// One dense block, column-major without gaps, and where its weight stands.
+    struct Source {
+        const double* data;
+        const double* weight;
+        std::uint32_t colBody; ///< for the modified HHT form: index of T
+        bool usesT;            ///< enters as -B T, and not with its weight
+    };
+    /// A block's size and where its element (0, 0) goes, zero-based.
+    struct Place {
+        unsigned row, col;
+        unsigned numRows, numCols; ///< of the dense block
+        MBS_BlockShape shape;
+        bool isTransposed; ///< the block enters as its transpose
+    };
+
+    /// Adds a place of the sparse matrix with its sources, which all have the same size. All of the block
+    /// must be in the pattern, and the rows of a block equally long.
+    void add(MBM_SparseMat_CSR3& sparse, const Place& place, const std::vector<Source>& sources);
+    /// Writes all places. `T` holds a 4x4 matrix per body; null unless a source uses it.
+    void run(MBM_GeneralDenseMatrix** T) const;
+
+  private:
+    struct Target {
+        double* first;           // sparse value of element (0, 0)
+        std::uint32_t rowStride; // distance of the block's rows among the sparse values
+        std::uint32_t numSources;
+        std::uint16_t numRows, numCols; // of the dense block
+        MBS_BlockShape shape;
+        bool isTransposed;
+        bool usesT; // one of the sources does
+    };
+
+    std::vector<Target> targets;
+    std::vector<Source> sources; // those of each target, one target after the other
+};
+
+} // namespace velmora
