@@ -1,0 +1,261 @@
+#include "driver/ModelFile.h"
+#include "driver/NearName.h"
+#include "driver/PhysicsChecks.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <map>
+#include <set>
+
+namespace velmora::driver {
+
+namespace {
+
+using Block = IO_DataModelBlock;
+using Names = std::set<std::string>;
+
+std::string toLower(std::string text) {
+    std::ranges::transform(text, text.begin(), [](unsigned char c) { return std::tolower(c); });
+    return text;
+}
+
+std::string suggest(const std::string& text, const Names& names) {
+    return suggestNearName(text, std::vector<std::string>(names.begin(), names.end()));
+}
+
+const MBS_KeyInfo* findKey(const MBS_BlockTypeInfo& type, const std::string& name) {
+    const auto found =
+        std::ranges::find_if(type.keys, [&](const MBS_KeyInfo& key) { return name == key.name; });
+    return found == type.keys.end() ? nullptr : &*found;
+}
+
+/// The numbers under a key; none if the kernel couldn't read them, which it reports itself.
+template <std::size_t N>
+std::optional<std::array<double, N>> readNumbers(const Block& block, const std::string& key, unsigned code) {
+    Block probe(block); // a failed read leaves its text on the block
+    std::array<double, N> numbers{};
+    if (!probe.isKeyInBlock(key))
+        return std::nullopt;
+    probe.errorString.clear();
+    probe.getValue(key, numbers.data(), code);
+    return probe.isErrorOccured() ? std::nullopt : std::optional(numbers);
+}
+
+std::string getText(const Block& block, const std::string& key) {
+    return block.values[static_cast<std::size_t>(std::ranges::find(block.keys, key) - block.keys.begin())];
+}
+
+/// What a value of this kind is called where another one belongs; empty if it may stand there.
+std::string findWrongKind(const MBS_KeyInfo& key, const ValueKinds& kinds, const std::string& text) {
+    const bool isText = key.valueCode == String || key.valueCode == StringPair || key.valueCode == FilePath;
+    if (isText) {
+        const bool mayBeNumber = key.role == MBS_KeyRole::Expression;
+        if (kinds.hasFlag)
+            return "true or false where a text belongs";
+        return kinds.hasNumber && !mayBeNumber ? "a number where a text belongs" : "";
+    }
+    if (key.valueCode == Bool) {
+        // The kernel's own words for true and false are unmistakable.
+        const bool isYesOrNo = toLower(text) == "yes" || toLower(text) == "no";
+        if (kinds.hasNumber)
+            return "a number where true or false belongs";
+        return kinds.hasText && !isYesOrNo ? "a text where true or false belongs" : "";
+    }
+    if (kinds.hasText)
+        return "a text where a number belongs";
+    return kinds.hasFlag ? "true or false where a number belongs" : "";
+}
+
+/// One pass over all blocks of a file.
+class Checker {
+  public:
+    Checker(ModelFile& modelFile, std::span<const MBS_BlockTypeInfo> knownTypes)
+        : file(modelFile),
+          vocabulary(knownTypes) {}
+
+    void run() {
+        collectNames();
+        for (std::size_t i = 0; i < file.dataModel->blocks.size(); ++i) {
+            block = file.dataModel->blocks[i].get();
+            place = &file.places[i];
+            checkUuid();
+            checkType();
+        }
+        std::ranges::stable_sort(findings, {}, &Finding::line);
+        file.findings.insert(file.findings.end(), findings.begin(), findings.end());
+    }
+
+  private:
+    void collectNames();
+    void report(const std::string& key, const std::string& problem);
+    void checkUuid();
+    void checkType();
+    void checkKeys(const MBS_BlockTypeInfo& type);
+    void checkRole(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key);
+    void checkInertiaOf(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key);
+    void checkBodyIDs(const MBS_KeyInfo& key);
+    void checkLabel(const MBS_KeyInfo& key, const char* kind, const char* name);
+
+    ModelFile& file;
+    std::span<const MBS_BlockTypeInfo> vocabulary;
+    std::vector<Finding> findings;
+    std::map<std::string, std::size_t> firstBlocks; // UUID, index of the first block that has it
+    Names bodies;                                   // their UUIDs
+    std::map<std::string, Names> labels;            // of each kind, in lower case
+    Block* block = nullptr;                         // in work
+    const BlockPlace* place = nullptr;              // of this block
+};
+
+void Checker::collectNames() {
+    const auto& blocks = file.dataModel->blocks;
+    for (std::size_t i = 0; i < blocks.size(); ++i) {
+        firstBlocks.emplace(blocks[i]->uuid, i);
+        labels[blocks[i]->kind].insert(toLower(blocks[i]->label));
+        if (blocks[i]->kind == "Body")
+            bodies.insert(blocks[i]->uuid);
+    }
+}
+
+void Checker::report(const std::string& key, const std::string& problem) {
+    const KeyPlace* keyPlace = place->find(key);
+    findings.push_back({Finding::Severity::Error, keyPlace ? keyPlace->line : place->line,
+                        fmt::format("{} <{}>, key <{}>: {}", block->kind, block->uuid, key, problem)});
+}
+
+void Checker::checkUuid() {
+    const KeyPlace* key = place->find("uuid");
+    if (!key)
+        return report("uuid", "missing; every block needs one");
+    if (!key->kinds.hasText)
+        return; // found when the file was read
+    if (block->uuid.empty())
+        return report("uuid", "empty; every block needs one");
+    if (block->uuid == "0")
+        return report("uuid", "<0> stands for the ground");
+    if (block->uuid == "noUUID")
+        return report("uuid", "<noUUID> marks the kernel's own blocks");
+    const std::size_t first = firstBlocks.at(block->uuid);
+    const Block* other = file.dataModel->blocks[first].get();
+    if (other != block)
+        report("uuid",
+               fmt::format("already used by the {} in line {}", other->kind, file.places[first].line));
+}
+
+void Checker::checkType() {
+    const KeyPlace* key = place->find("type");
+    if (!key)
+        return report("type", "missing; every block needs one");
+    if (!key->kinds.hasText)
+        return; // found when the file was read
+    std::vector<std::string> names;
+    for (const MBS_BlockTypeInfo& type : vocabulary) {
+        if (block->kind != type.kind)
+            continue;
+        names.emplace_back(type.type);
+        if (block->type != type.type)
+            continue;
+        if (type.status == MBS_TypeStatus::CreatesNothing)
+            report("type", fmt::format("<{}> is accepted, but makes nothing", type.type));
+        if (type.status == MBS_TypeStatus::Available)
+            checkKeys(type);
+        return; // the kernel refuses what isn't in the build
+    }
+    report("type", fmt::format("unknown type <{}>{}", block->type, suggestNearName(block->type, names)));
+}
+
+void Checker::checkKeys(const MBS_BlockTypeInfo& type) {
+    std::vector<std::string> names{"type", "uuid", "label"};
+    for (const MBS_KeyInfo& key : type.keys)
+        names.emplace_back(key.name);
+    for (const std::string& name : block->keys) {
+        const MBS_KeyInfo* key = findKey(type, name);
+        if (!key) {
+            report(name, "unknown key" + suggestNearName(name, names));
+            continue;
+        }
+        const KeyPlace* keyPlace = place->find(name);
+        const std::string wrongKind =
+            keyPlace ? findWrongKind(*key, keyPlace->kinds, getText(*block, name)) : std::string();
+        if (!wrongKind.empty())
+            report(name, wrongKind);
+        checkRole(type, *key);
+    }
+}
+
+void Checker::checkRole(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key) {
+    std::string problem;
+    switch (key.role) {
+    case MBS_KeyRole::UnitVector:
+        if (const auto direction = readNumbers<3>(*block, key.name, DoubleVector3))
+            problem = checkUnitVector(*direction);
+        break;
+    case MBS_KeyRole::Orientation:
+        if (const auto axes = readNumbers<9>(*block, key.name, DoubleMatrix3x3))
+            problem = checkOrientation(*axes);
+        break;
+    case MBS_KeyRole::Mass:
+        if (const auto mass = readNumbers<1>(*block, key.name, Double))
+            problem = checkMass((*mass)[0]);
+        break;
+    case MBS_KeyRole::Inertia:
+        return checkInertiaOf(type, key);
+    case MBS_KeyRole::BodyIDs:
+        return checkBodyIDs(key);
+    case MBS_KeyRole::MeasureLabel:
+        return checkLabel(key, "Measure", "measure");
+    case MBS_KeyRole::DataObjectLabel:
+        return checkLabel(key, "DataObject", "data object");
+    case MBS_KeyRole::Plain:
+    case MBS_KeyRole::Expression:
+    case MBS_KeyRole::File:
+        break;
+    }
+    if (!problem.empty())
+        report(key.name, problem);
+}
+
+void Checker::checkInertiaOf(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key) {
+    const auto moments = readNumbers<3>(*block, key.name, DoubleVector3);
+    const auto massKey =
+        std::ranges::find_if(type.keys, [](const MBS_KeyInfo& k) { return k.role == MBS_KeyRole::Mass; });
+    if (!moments || massKey == type.keys.end())
+        return;
+    const auto mass = readNumbers<1>(*block, massKey->name, Double);
+    const std::string problem = checkInertia(*moments, mass ? (*mass)[0] : 0.0);
+    if (!problem.empty())
+        report(key.name, problem);
+}
+
+void Checker::checkBodyIDs(const MBS_KeyInfo& key) {
+    std::vector<std::string> ids;
+    Block probe(*block);
+    probe.getValue(key.name, &ids);
+    if (ids.size() != 2 || ids[0].empty() || ids[1].empty())
+        return report(key.name, "two UUIDs of bodies belong here, \"0\" for the ground");
+    for (const std::string& id : ids)
+        if (id != "0" && !bodies.contains(id))
+            report(key.name, fmt::format("no body has the UUID <{}>{}", id, suggest(id, bodies)));
+}
+
+void Checker::checkLabel(const MBS_KeyInfo& key, const char* kind, const char* name) {
+    const std::string label = getText(*block, key.name);
+    const Names& known = labels[kind];
+    if (!known.contains(toLower(label)))
+        report(key.name, fmt::format("no {} has the label <{}>{}", name, label, suggest(label, known)));
+}
+
+} // namespace
+
+void checkStrictly(ModelFile& file, std::span<const MBS_BlockTypeInfo> vocabulary) {
+    Checker(file, vocabulary).run();
+}
+
+void checkStrictly(ModelFile& file) {
+    const std::vector<MBS_BlockTypeInfo> vocabulary = MBS_getBlockVocabulary();
+    checkStrictly(file, vocabulary);
+}
+
+} // namespace velmora::driver
