@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# Installs a build into a scratch folder, builds the minimal driver against it as a project from outside, moves
+# the installation, and runs both programs from there.
+#
+# Usage: scripts/test_install.sh BUILD_DIR [further options for configuring the outside project]
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+build=$(realpath -- "$1")
+shift
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+cmake --install "$build" --prefix "$scratch/first" >"$scratch/install.log"
+# The copy proves that nothing installed points back at the prefix or the build.
+mv "$scratch/first" "$scratch/prefix"
+
+if grep -rlF -e "$build" -e "$root" "$scratch/prefix/include" "$scratch/prefix"/lib*/cmake; then
+    echo "test_install: the files above name the build tree" >&2
+    exit 1
+fi
+
+cp -r "$root/examples/minimal_driver" "$scratch/outside"
+cd "$scratch/outside"
+cmake -S . -B build -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$scratch/prefix" "$@"
+cmake --build build
+build/minimal_driver
+
+if [[ -x $scratch/prefix/bin/velmora ]]; then
+    "$scratch/prefix/bin/velmora" --version
+    "$scratch/prefix/bin/velmora" check "$root/examples/tumbling_body.toml"
+fi
