@@ -61,16 +61,17 @@ std::string checkMass(double mass) {
 }
 
 std::string checkInertia(const std::array<double, 3>& moments, double mass) {
-    const auto [smallest, largest] = std::ranges::minmax(moments);
+    std::array<double, 3> sorted = moments;
+    std::ranges::sort(sorted);
+    const auto [smallest, middle, largest] = sorted;
     if (smallest < 0.0)
         return fmt::format("negative moment of inertia {}", smallest);
     if (mass > 0.0 && smallest == 0.0)
         return "a moment of inertia is zero, but the body has mass";
-    const double others = moments[0] + moments[1] + moments[2] - largest;
-    if (largest * (1.0 - roundingTolerance) <= others)
+    if (largest * (1.0 - roundingTolerance) <= smallest + middle)
         return {};
     return fmt::format("no body has these moments: {} is more than the sum of the other two, {}", largest,
-                       others);
+                       smallest + middle);
 }
 
 } // namespace velmora::driver
