@@ -56,26 +56,30 @@ void MBS_Body::getInnerConstraintForces(const C* multipliers, P* out) const {
     addProduct(*cqT, &lambda, out->bodyData(bodyIndex));
 }
 
-std::vector<MBM_DenseMatrix*> MBS_Body::blocksInOrderOfUse() const {
-    std::vector<MBM_DenseMatrix*> blocks{cqT->rPart.get()};
-    for (const auto* matrix : {&massMatrix, &mQdd_q, &qvv_q, &qvv_qd, &cqLi_q})
+std::vector<MBM_DenseStandAloneMatrix*> MBS_Body::blocksInOrderOfUse() const {
+    std::vector<MBM_DenseStandAloneMatrix*> blocks;
+    const auto add = [&](MBM_DenseMatrix* block) {
+        if (auto* owner = dynamic_cast<MBM_DenseStandAloneMatrix*>(block))
+            blocks.push_back(owner);
+    };
+    add(cqT->rPart.get());
+    for (const auto* matrix :
+         {&massMatrix, &mQdd_q, &qvv_q, &qvv_qd, &cqLi_q, &stiffnessBlock, &dampingBlock})
         for (unsigned k = 0; *matrix && k < 9; ++k)
-            blocks.push_back((*matrix)->block[k / 3][k % 3].get());
-    blocks.push_back(cqTdT->rPart.get());
+            add((*matrix)->block[k / 3][k % 3].get());
+    add(cqTdT->rPart.get());
     return blocks;
 }
 
-void MBS_Body::gatherStorage() {
-    std::vector<MBM_DenseStandAloneMatrix*> blocks;
-    std::size_t total = 0;
-    for (MBM_DenseMatrix* block : blocksInOrderOfUse())
-        if (auto* owner = dynamic_cast<MBM_DenseStandAloneMatrix*>(block)) {
-            blocks.push_back(owner);
-            total += std::size_t{owner->rows} * owner->cols;
-        }
-    const std::shared_ptr<double[]> arena(new double[total]);
-    std::size_t place = 0;
-    for (MBM_DenseStandAloneMatrix* block : blocks) {
+std::size_t MBS_Body::getStorageSize() const {
+    std::size_t size = 0;
+    for (const MBM_DenseStandAloneMatrix* block : blocksInOrderOfUse())
+        size += std::size_t{block->rows} * block->cols;
+    return size;
+}
+
+void MBS_Body::moveStorage(const std::shared_ptr<double[]>& arena, std::size_t place) {
+    for (MBM_DenseStandAloneMatrix* block : blocksInOrderOfUse()) {
         block->moveStorage(std::shared_ptr<double[]>(arena, arena.get() + place));
         place += std::size_t{block->rows} * block->cols;
     }

@@ -14,6 +14,16 @@ namespace velmora {
 
 class MBS_ModelConstraintDofVector;
 
+/// The pieces of memory that every evaluation of a body reads and writes, so that a walk over many bodies can
+/// ask for them ahead of their use. Null and 0 where a class doesn't tell.
+struct MBS_BodyMemory {
+    const void* kinematics = nullptr;
+    std::size_t kinematicsBytes = 0;
+    const double* elements = nullptr; ///< of the blocks, in order of use
+    std::size_t motionBytes = 0;      ///< what `updateForMotion` writes of them, from the start
+    std::size_t jacobianBytes = 0;    ///< what `updateForJacobian` writes of them, from there on
+};
+
 /// What every body offers the model. Coordinates: r (3, global frame), p (4 Euler parameters), modal
 /// coordinates; velocities and accelerations are the time derivatives of these very numbers.
 ///
@@ -60,9 +70,14 @@ class MBS_Body : public MBS_ModelObject {
     /// over active actors of J' W (target - r - A u) with J = [1, J(p, u)].
     void computeBbar(const P* q, P* out) const;
 
-    /// Moves the elements of all blocks into one run of memory, in the order in which an evaluation meets
-    /// them. To be called once, before anything keeps pointers into them.
-    virtual void gatherStorage();
+    /// Number of doubles that the elements of all blocks take.
+    std::size_t getStorageSize() const;
+    /// Moves the elements of all blocks into `arena` from index `place` on, in the order in which an
+    /// evaluation meets them; the blocks share its ownership. To be called once, before anything keeps
+    /// pointers into them.
+    virtual void moveStorage(const std::shared_ptr<double[]>& arena, std::size_t place);
+
+    virtual MBS_BodyMemory getMemory() const { return {}; }
 
     unsigned getNumOfDof() const { return numTransDof + numRotDof + numFlexDof; }
 
@@ -71,7 +86,7 @@ class MBS_Body : public MBS_ModelObject {
     bool regardVelocityInertiaForcesInsideJacobian = true;
     std::vector<double> initialPositions, initialVelocities; ///< over all coordinates of the body
     std::unique_ptr<MBS_BodyParameter> parameter;
-    std::unique_ptr<MBS_BodyCommons> commons;
+    MBS_BodyCommons* commons = nullptr; ///< a member of the concrete body; null if its construction failed
 
     // Derivative blocks; null where a class has none.
     Matrix massMatrix;     ///< M
@@ -98,8 +113,8 @@ class MBS_Body : public MBS_ModelObject {
   protected:
     /// Sets `position` and `rotationMatrix` from the initial coordinates.
     void updateInitialPose();
-    /// Blocks whose elements `gatherStorage` moves, in order; entries may be null.
-    virtual std::vector<MBM_DenseMatrix*> blocksInOrderOfUse() const;
+    /// Blocks whose elements `moveStorage` moves, in order.
+    virtual std::vector<MBM_DenseStandAloneMatrix*> blocksInOrderOfUse() const;
     /// Clears the body's part of Q.
     void clear(P* Q) const;
 };

@@ -17,11 +17,10 @@ void MBS_RigidBody_EulerP_PAI_Parameter::getInertiaComponents(double* components
     std::fill_n(components + 3, 3, 0.0);
 }
 
-MBS_RigidBody_EulerP_PAI_Commons::MBS_RigidBody_EulerP_PAI_Commons(
-    unsigned index, const MBS_RigidBody_EulerP_PAI_Parameter& parameter)
-    : MBS_BodyCommons(index),
-      Ibar(parameter.inertia),
-      isMassless(parameter.mass == 0.0) {}
+void MBS_RigidBody_EulerP_PAI_Commons::setParameter(const MBS_RigidBody_EulerP_PAI_Parameter& parameter) {
+    Ibar = parameter.inertia;
+    isMassless = parameter.mass == 0.0;
+}
 
 void MBS_RigidBody_EulerP_PAI_Commons::update(double time, const P* q, const P* qd, const P* qdd) {
     MBS_BodyCommons::update(time, q, qd, qdd);
@@ -35,7 +34,8 @@ Mat3 MBS_RigidBody_EulerP_PAI_Commons::gyroscopicMatrix() const {
 }
 
 MBS_RigidBody_EulerP_PAI::MBS_RigidBody_EulerP_PAI(IO_DataModelBlock* block, MBS_Model* owner, unsigned index)
-    : MBS_Body(block, owner, index, 0) {
+    : MBS_Body(block, owner, index, 0),
+      rigidCommons(index) {
     double mass = 0.0;
     Vec3 inertia, omega;
     MBM_GeneralDenseMatrix orientation(3, 3, 0.0);
@@ -51,14 +51,13 @@ MBS_RigidBody_EulerP_PAI::MBS_RigidBody_EulerP_PAI(IO_DataModelBlock* block, MBS
     setInitialRotation(Mat3::from(orientation.data), omega);
 
     auto ownParameter = std::make_unique<MBS_RigidBody_EulerP_PAI_Parameter>(mass, inertia);
-    auto ownCommons = std::make_unique<MBS_RigidBody_EulerP_PAI_Commons>(index, *ownParameter);
-    rigidCommons = ownCommons.get();
+    rigidCommons.setParameter(*ownParameter);
     parameter = std::move(ownParameter);
-    commons = std::move(ownCommons);
+    commons = &rigidCommons;
     isZeroInertia = mass == 0.0;
     totalMass = mass;
     createBlocks();
-    gatherStorage();
+    findElements();
     updateInitialPose();
 }
 
@@ -71,7 +70,7 @@ void MBS_RigidBody_EulerP_PAI::setInitialRotation(const Mat3& orientation, const
 }
 
 void MBS_RigidBody_EulerP_PAI::createBlocks() {
-    const auto& c = *rigidCommons;
+    const auto& c = rigidCommons;
     massMatrix = std::make_unique<MBS_RigidBody_EulerP_PAI_MassMatrix>(*this, c);
     mQdd_q = std::make_unique<MBS_RigidBody_EulerP_PAI_MQdd_q>(*this, c);
     qvv_q = std::make_unique<MBS_RigidBody_EulerP_PAI_Qvv_q>(*this, c);
@@ -82,16 +81,26 @@ void MBS_RigidBody_EulerP_PAI::createBlocks() {
     cqTdT = std::make_unique<MBS_RiBo_PAI_CqTdT>(*this);
 }
 
-void MBS_RigidBody_EulerP_PAI::gatherStorage() {
-    MBS_Body::gatherStorage();
+void MBS_RigidBody_EulerP_PAI::moveStorage(const std::shared_ptr<double[]>& arena, std::size_t place) {
+    MBS_Body::moveStorage(arena, place);
+    findElements();
+}
+
+void MBS_RigidBody_EulerP_PAI::findElements() {
     const auto rr = [](const Matrix& m) { return m->block[Rot][Rot] ? m->block[Rot][Rot]->data : nullptr; };
     elements = {rr(massMatrix), rr(mQdd_q),       rr(qvv_q),         rr(qvv_qd),
                 rr(cqLi_q),     cqT->rPart->data, cqTdT->rPart->data};
 }
 
+MBS_BodyMemory MBS_RigidBody_EulerP_PAI::getMemory() const {
+    constexpr std::size_t motion = 4 + 9 + 16, jacobian = 4 * 16 + 4; // doubles
+    return {&elements, sizeof elements + sizeof totalMass + sizeof rigidCommons, elements.cqT,
+            motion * sizeof(double), jacobian * sizeof(double)};
+}
+
 void MBS_RigidBody_EulerP_PAI::updateForMotion(double t, const P* q, const P* qd, const P* qdd) {
-    rigidCommons->MBS_RigidBody_EulerP_PAI_Commons::update(t, q, qd, qdd);
-    const auto& c = *rigidCommons;
+    rigidCommons.MBS_RigidBody_EulerP_PAI_Commons::update(t, q, qd, qdd);
+    const auto& c = rigidCommons;
     (2.0 * c.p).to(elements.cqT);
     if (!isZeroInertia)
         rigid::massBlock(c.Ibar, c.p).to(elements.mass);
@@ -99,7 +108,7 @@ void MBS_RigidBody_EulerP_PAI::updateForMotion(double t, const P* q, const P* qd
 
 void MBS_RigidBody_EulerP_PAI::updateForJacobian(double, const P*, const P*, const P* qdd,
                                                  const C* multipliers) {
-    const auto& c = *rigidCommons;
+    const auto& c = rigidCommons;
     const double lambda = multipliers->innerEquationOfBody(bodyIndex);
     for (unsigned i = 0; i < 4; ++i)
         elements.cqLi_q[5 * i] = 2.0 * lambda;
@@ -137,7 +146,7 @@ void MBS_RigidBody_EulerP_PAI::getVelInertiaForces(const P*, const P*, P* Q) {
     clear(Q);
     if (isZeroInertia)
         return;
-    const auto& c = *rigidCommons;
+    const auto& c = rigidCommons;
     rigid::velInertiaForce(c.p, c.omegaBar, c.IbarOmegaBar).to(Q->bodyData(bodyIndex) + 3);
 }
 

@@ -21,7 +21,8 @@ class MBS_RigidBody_EulerP_PAI_Parameter : public MBS_BodyParameter {
 /// Kinematic products of a rigid body with its inertia in them; a massless body has none of these.
 class MBS_RigidBody_EulerP_PAI_Commons : public MBS_BodyCommons {
   public:
-    MBS_RigidBody_EulerP_PAI_Commons(unsigned index, const MBS_RigidBody_EulerP_PAI_Parameter& parameter);
+    using MBS_BodyCommons::MBS_BodyCommons;
+    void setParameter(const MBS_RigidBody_EulerP_PAI_Parameter& parameter);
     std::string getClassName() const override { return "MBS_RigidBody_EulerP_PAI_Commons"; }
     void update(double time, const P* q, const P* qd, const P* qdd) override;
     /// tilde(w) I - tilde(I w): the derivative of w x I w with respect to w.
@@ -29,7 +30,7 @@ class MBS_RigidBody_EulerP_PAI_Commons : public MBS_BodyCommons {
 
     Vec3 Ibar;         ///< I1, I2, I3
     Vec3 IbarOmegaBar; ///< diag(I) omegaBar: angular momentum about the centre of mass, body frame
-    bool isMassless;
+    bool isMassless = false;
 };
 
 /// Rigid body: origin at the centre of mass, axes along the principal axes of inertia, orientation in Euler
@@ -54,7 +55,8 @@ class MBS_RigidBody_EulerP_PAI : public MBS_Body {
     void updateForJacobian(double t, const P* q, const P* qd, const P* qdd, const C* multipliers) override;
     void getAccInertiaForces(const P* qdd, P* out) const override;
     void getInnerConstraintForces(const C* multipliers, P* out) const override;
-    void gatherStorage() override;
+    void moveStorage(const std::shared_ptr<double[]>& arena, std::size_t place) override;
+    MBS_BodyMemory getMemory() const override;
     bool isRigidBody() const override { return true; }
     bool isZeroInertiaBody() const override { return isZeroInertia; }
 
@@ -63,6 +65,7 @@ class MBS_RigidBody_EulerP_PAI : public MBS_Body {
   private:
     void setInitialRotation(const Mat3& orientation, const Vec3& omega);
     void createBlocks();
+    void findElements();
 
     /// Where the elements of the blocks lie, so that an evaluation reaches them without the blocks' headers.
     /// The formulas are those of the blocks' own `update`. Null for what a massless body lacks.
@@ -73,7 +76,7 @@ class MBS_RigidBody_EulerP_PAI : public MBS_Body {
     };
     Elements elements{};
     double totalMass = 0.0;
-    MBS_RigidBody_EulerP_PAI_Commons* rigidCommons = nullptr; // owned as `commons`
+    MBS_RigidBody_EulerP_PAI_Commons rigidCommons;
 };
 
 } // namespace velmora

@@ -56,7 +56,7 @@ MBS_SingleBodyForce::MBS_SingleBodyForce(IO_DataModelBlock* block, MBS_Model* ow
     if (!body)
         return;
     bodyIndex = body->bodyIndex;
-    bodyCommons = body->commons.get();
+    bodyCommons = body->commons;
 }
 
 MBS_BodyBodyForce::MBS_BodyBodyForce(IO_DataModelBlock* block, MBS_Model* owner,
@@ -70,12 +70,12 @@ MBS_BodyBodyForce::MBS_BodyBodyForce(IO_DataModelBlock* block, MBS_Model* owner,
     if (!body1)
         return;
     body1Index = body1->bodyIndex;
-    bodyCommons1 = body1->commons.get();
+    bodyCommons1 = body1->commons;
     body2 = findBody(*block, lookUp, ids, 1, "Body2", false);
     if (!body2)
         return;
     body2Index = body2->bodyIndex;
-    bodyCommons2 = body2->commons.get();
+    bodyCommons2 = body2->commons;
 }
 
 } // namespace velmora

@@ -6,6 +6,7 @@
 #include "velmora/io/IO_DataModel.h"
 #include "velmora/model/MBS_ModelDofVector.h"
 #include "velmora/model/internal/MBS_ModelBuilder.h"
+#include "velmora/platform/Prefetch.h"
 #include "velmora/results/MBS_ResultFileManager.h"
 
 #include <algorithm>
@@ -21,6 +22,7 @@ MBS_Model* MBS_Model::makeModel(IO_DataModel* dataModel, IO_OutputManager* outpu
     auto model = std::make_unique<MBS_InternalModel>(dataModel, outputManager);
     MBS_ModelBuilder(*model, *dataModel).buildAll();
     model->sumUpDof();
+    model->gatherStorage();
     return model.release();
 }
 
@@ -46,6 +48,20 @@ void MBS_InternalModel::addBody(std::unique_ptr<MBS_Body> body) {
 
 void MBS_InternalModel::addForce(std::unique_ptr<MBS_Force> force) {
     forces.push_back(std::move(force));
+}
+
+void MBS_InternalModel::gatherStorage() {
+    std::size_t size = 0;
+    for (const auto& body : bodies)
+        size += body->getStorageSize();
+    const std::shared_ptr<double[]> arena(new double[size]);
+    adviseLargePages(arena.get(), size * sizeof(double));
+    std::size_t place = 0;
+    for (const auto& body : bodies) {
+        body->moveStorage(arena, place);
+        place += body->getStorageSize();
+        bodyMemory.push_back(body->getMemory());
+    }
 }
 
 void MBS_InternalModel::sumUpDof() {
