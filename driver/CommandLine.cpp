@@ -1,6 +1,7 @@
 #include "driver/CommandLine.h"
 
 #include "driver/CheckCommand.h"
+#include "driver/NearName.h"
 #include "driver/RunCommand.h"
 
 #include <velmora/velmora.h>
@@ -28,12 +29,22 @@ std::string findErrorInEndTime(const std::string& text) {
     return fmt::format("must be a positive number of seconds, and is {}", text);
 }
 
+/// `words` are those that are neither options nor commands of the program.
+std::string findErrorInCommand(const std::vector<std::string>& words, bool isCommandGiven) {
+    if (words.empty())
+        return isCommandGiven ? "" : "a command is missing: run or check";
+    if (words.front().starts_with('-'))
+        return fmt::format("unknown option <{}>", words.front());
+    return fmt::format("unknown command <{}>{}", words.front(),
+                       suggestNearName(words.front(), {"run", "check"}));
+}
+
 } // namespace
 
 int runProgram(int argc, const char* const* argv) {
     Options options;
     CLI::App app("Simulates multibody models.", "velmora");
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     app.set_version_flag("--version",
                          fmt::format("velmora {} ({}, {})", getVersionText(), getBuildDate(), getBuildId()));
     CLI::App* run = addCommand(app, options, "run", "Simulate a model");
@@ -45,8 +56,12 @@ int runProgram(int argc, const char* const* argv) {
         ->check(findErrorInEndTime);
     run->add_flag("--quiet", options.isQuiet, "Show neither progress nor summary");
     addCommand(app, options, "check", "Look for errors and show what a model holds");
+    app.allow_extras(); // for own messages; commands, which would take this over, were made before
     try {
         app.parse(argc, argv);
+        const std::string problem = findErrorInCommand(app.remaining(), !app.get_subcommands().empty());
+        if (!problem.empty())
+            throw CLI::ParseError(problem, WrongUsage);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? Done : WrongUsage;
     }
