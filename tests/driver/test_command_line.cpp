@@ -1,0 +1,211 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+
+namespace velmora::driver {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+const std::string gravity = "[[Force]]\ntype = 'Gravity'\nuuid = 'g'\nGravityAccVector = [0, 0, -10]\n";
+const std::string body = "[[Body]]\ntype = 'Rigid_EulerParameter_PAI'\nuuid = 'stone'\nMass = 2\n"
+                         "Inertia = [1, 1, 1]\nLocationCenterMass = [0, 0, 0]\n"
+                         "OrientationPAI = [1, 0, 0, 0, 1, 0, 0, 0, 1]\n"
+                         "InitialVelocityVector = [0, 0, 3]\nInitialOmegaVector = [0, 0, 0]\n";
+const std::string falling = "[simulation]\nend_time = 0.5\n[results]\nWriteStateResultFile = true\n"
+                            "OutputTimeStepSize = 0.25\n" +
+                            body + gravity;
+
+std::string readText(const fs::path& name) {
+    std::ifstream file(name, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+/// Runs the built program in a folder of its own.
+class Program : public testing::Test {
+  protected:
+    Program() {
+        const auto* info = testing::UnitTest::GetInstance()->current_test_info();
+        std::string name = std::string("program_") + info->name();
+        std::ranges::replace(name, '/', '_');
+        folder = fs::absolute(name);
+        fs::remove_all(folder);
+        fs::create_directory(folder);
+    }
+    ~Program() override { fs::remove_all(folder); }
+
+    void write(const std::string& name, const std::string& text) const {
+        std::ofstream(folder / name, std::ios::binary) << text;
+    }
+    /// Exit code; the two outputs are left in `out` and `messages`.
+    int run(const std::string& arguments) {
+        const std::string command = "cd '" + folder.string() + "' && '" VELMORA_PROGRAM "' " + arguments +
+                                    " > out.txt 2> messages.txt";
+        const int status = std::system(command.c_str());
+        out = readText(folder / "out.txt");
+        messages = readText(folder / "messages.txt");
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    fs::path folder;
+    std::string out, messages;
+};
+
+TEST_F(Program, RunsAModelAndReportsIt) {
+    write("falling.toml", falling);
+    ASSERT_EQ(run("run falling.toml"), 0) << messages;
+    EXPECT_THAT(messages, IsEmpty()); // no progress in a pipe
+    EXPECT_THAT(out, HasSubstr("Time reached      0.5 s\n"));
+    EXPECT_THAT(out, HasSubstr("Energy            9 J at the start, 9 J at the end"));
+    EXPECT_THAT(out, HasSubstr("Angular momentum  not conserved in this model\n"));
+    EXPECT_THAT(out, HasSubstr("Results           results/falling/falling.srf\n"));
+    // Three records on the schedule; the last shows the position 3 t - 5 t^2.
+    const std::string states = readText(folder / "results/falling/falling.srf");
+    const std::string data = states.substr(states.find("Data"));
+    const std::regex time("\n([025]\\.[0-9]+E[-+][0-9]+) *\n");
+    EXPECT_EQ(std::distance(std::sregex_iterator(data.begin(), data.end(), time), {}), 3);
+    EXPECT_THAT(data, HasSubstr("\n5.000000000000E-01\n"));
+    EXPECT_THAT(data, HasSubstr(" 2.500000000000E-01 "));
+}
+
+TEST_F(Program, TakesOptionsBeforeTheModelFile) {
+    write("falling.toml", falling);
+    ASSERT_EQ(run("run falling.toml -o some/place --end-time 0.125 --quiet"), 0) << messages;
+    EXPECT_THAT(out + messages, IsEmpty());
+    EXPECT_TRUE(fs::exists(folder / "some/place/falling.srf"));
+    EXPECT_FALSE(fs::exists(folder / "results"));
+    EXPECT_THAT(readText(folder / "some/place/falling.srf"), HasSubstr("\n1.250000000000E-01\n"));
+}
+
+TEST_F(Program, ChecksWithoutRunning) {
+    write("falling.toml", body + gravity);
+    ASSERT_EQ(run("check falling.toml"), 0) << messages;
+    EXPECT_TRUE(std::regex_search(out, std::regex("Body +Rigid_EulerParameter_PAI +1\n"))) << out;
+    EXPECT_TRUE(std::regex_search(out, std::regex("Physical degrees of freedom +7\n"))) << out;
+    EXPECT_TRUE(std::regex_search(out, std::regex("residual of inner constraints +0.000e\\+00\n"))) << out;
+    EXPECT_FALSE(fs::exists(folder / "results"));
+    ASSERT_EQ(run("run falling.toml"), 1); // the end time is missing
+    EXPECT_EQ(messages,
+              "falling.toml: error: section [simulation], key <end_time>: missing; give it there or "
+              "by --end-time\nfalling.toml: the model has errors\n");
+}
+
+TEST_F(Program, TellsAllMistakesOfAModel) {
+    const std::string model = "[model]\nnam = 'ten mistakes'\n" // line 2
+                              "[[Body]]\ntype = 'Rigid_EulerParameter_PAI'\nuuid = 'a'\n"
+                              "Masss = 1\n"                               // 6: unknown, and Mass is missing
+                              "Inertia = [1, 1, 3]\n"                     // 7: no body has these moments
+                              "LocationCenterMass = [0, 0]\n"             // 8: too few
+                              "OrientationPAI = [1,0,0, 0,1,0, 0,0,-1]\n" // 9: left-handed
+                              "InitialVelocityVector = [0, 0, 0]\n"
+                              "InitialOmegaVector = 'fast'\n"                            // 11: a text
+                              "[[Body]]\ntype = 'Rigid_EulerParameterPAI'\nuuid = 'b'\n" // 13: unknown
+                              "[[Force]]\ntype = 'Gravity'\nuuid = 'a'\n"                // 17: UUID again
+                              "[[Force]]\ntype = 'TireForce'\nuuid = 'c'\n"              // 19: makes nothing
+                              "[[DataObject]]\ntype = 'Splin'\nuuid = 'd'\n";            // 22: unknown
+    write("ten.toml", model);
+    EXPECT_EQ(run("check ten.toml"), 1);
+    for (const char* line : {":2: error: ", ":6: error: ", ":7: error: ", ":9: error: ", ":11: error: ",
+                             ":13: error: ", ":17: error: ", ":19: error: ", ":22: error: "})
+        EXPECT_THAT(messages, HasSubstr(std::string("ten.toml") + line));
+    EXPECT_THAT(messages, HasSubstr("did you mean <Mass>?"));
+    // Two blocks lack a key or have too few values: known by line 12, and the gravity by line 18.
+    EXPECT_THAT(messages, HasSubstr("In Block <Body> prior to line number 12:\n"));
+    EXPECT_THAT(messages, HasSubstr("LocationCenterMass"));
+    EXPECT_THAT(messages, HasSubstr("GravityAccVector"));
+    EXPECT_THAT(messages, HasSubstr("ten.toml: the model has errors\n"));
+    EXPECT_THAT(out, IsEmpty());
+}
+
+TEST_F(Program, LenientlyTakesFindingsAsWarnings) {
+    write("model.toml", falling + "Colour = 'red'\n");
+    EXPECT_EQ(run("run model.toml"), 1);
+    EXPECT_THAT(messages, HasSubstr(": error: Force <g>, key <Colour>: unknown key"));
+    EXPECT_EQ(run("run model.toml --lenient"), 0);
+    EXPECT_THAT(messages, HasSubstr(": warning: Force <g>, key <Colour>: unknown key"));
+}
+
+TEST_F(Program, LineEndsDoNotMatter) {
+    write("model.toml", std::regex_replace(falling, std::regex("\n"), "\r\n"));
+    EXPECT_EQ(run("run model.toml --quiet"), 0) << messages;
+}
+
+TEST_F(Program, FailingRunsLeaveTheirResultsReadable) {
+    // A step of several turns of the body is too long for Newton's iteration.
+    std::string model = "[simulation]\nend_time = 5\nfixed_step = true\nstep = 0.5\n" +
+                        falling.substr(falling.find("[results]"));
+    model = std::regex_replace(model, std::regex("\\[1, 1, 1\\]"), "[1, 2, 2.5]");
+    model = std::regex_replace(model, std::regex("(Omega.* =) .*"), "$1 [30, 70, 50]");
+    write("model.toml", model);
+    EXPECT_EQ(run("run model.toml"), 3);
+    EXPECT_THAT(messages, StartsWith("velmora: Time "));
+    EXPECT_THAT(out, HasSubstr(" (the run failed)\n"));
+    const std::string states = readText(folder / "results/model/model.srf");
+    EXPECT_THAT(states, HasSubstr("\n0.000000000000E+00\n"));
+    EXPECT_TRUE(states.ends_with("\n"));
+}
+
+struct Usage {
+    const char* arguments;
+    int exitCode;
+    const char* message; ///< part of standard error; of standard output for exit code 0
+};
+
+void PrintTo(const Usage& usage, std::ostream* stream) {
+    *stream << "velmora " << usage.arguments;
+}
+
+class ProgramUsage : public Program, public testing::WithParamInterface<Usage> {};
+
+TEST_P(ProgramUsage, GivesExitCodeAndMessage) {
+    write("good.toml", falling);
+    write("empty.toml", "");
+    write("syntax.toml", "[model]\nname = \n");
+    write("twice.toml", "[simulation]\nstep = 1\nstep = 2\n");
+    write("file", "");
+    fs::create_directory(folder / "folder.toml");
+    EXPECT_EQ(run(GetParam().arguments), GetParam().exitCode) << out << messages;
+    EXPECT_THAT(GetParam().exitCode == 0 ? out : messages, HasSubstr(GetParam().message));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, ProgramUsage,
+    testing::Values(Usage{"--version", 0, "velmora 0.1.0 ("}, Usage{"--help", 0, "check"},
+                    Usage{"run --help", 0, "--end-time"}, Usage{"", 2, "a command is missing: run or check"},
+                    Usage{"rnu good.toml", 2, "unknown command <rnu>; did you mean <run>?"},
+                    Usage{"run", 2, "MODEL is required"}, Usage{"run good.toml --end-tim 3", 2, "--end-tim"},
+                    Usage{"run good.toml --end-time=-1", 2, "must be a positive number of seconds"},
+                    Usage{"run good.toml --end-time nan", 2, "must be a positive number of seconds"},
+                    Usage{"run good.toml -o file/results", 2, "the results folder <file/results> can't be"},
+                    Usage{"check missing.toml", 2, "missing.toml"},
+                    Usage{"check folder.toml", 2, "folder.toml"}, Usage{"check empty.toml", 1, "empty.toml"},
+                    Usage{"check syntax.toml", 1, "syntax.toml:2: error: "},
+                    Usage{"check twice.toml", 1, "twice.toml:3: error: "}));
+
+TEST_F(Program, ExamplesRun) {
+    unsigned numOfModels = 0;
+    for (const auto& entry : fs::directory_iterator(VELMORA_EXAMPLES)) {
+        if (entry.path().extension() != ".toml")
+            continue;
+        ++numOfModels;
+        EXPECT_EQ(run("run '" + entry.path().string() + "'"), 0) << messages;
+        std::smatch drift;
+        ASSERT_TRUE(std::regex_search(out, drift, std::regex("at the end, largest drift ([^ ]+) "))) << out;
+        EXPECT_LT(std::stod(drift[1]), 2e-5) << entry.path();
+    }
+    EXPECT_GE(numOfModels, 2u);
+}
+
+} // namespace
+} // namespace velmora::driver
