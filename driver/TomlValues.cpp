@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace velmora::driver {
 
@@ -71,11 +72,13 @@ std::string describe(const toml::node& value) {
 }
 
 std::vector<TableEntry> getEntries(const toml::table& table) {
-    std::vector<TableEntry> entries;
     std::vector<std::pair<toml::source_position, TableEntry>> found;
+    found.reserve(table.size());
     for (const auto& [key, value] : table)
         found.push_back({key.source().begin, {std::string(key.str()), key.source().begin.line, &value}});
     std::ranges::sort(found, [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<TableEntry> entries;
+    entries.reserve(found.size());
     for (auto& [position, entry] : found)
         entries.push_back(std::move(entry));
     return entries;
