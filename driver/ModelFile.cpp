@@ -187,11 +187,6 @@ void DocumentReader::addKeys(const BlockSource& source, IO_DataModelBlock& block
 
 } // namespace
 
-const KeyPlace* BlockPlace::find(std::string_view key) const {
-    const auto found = std::ranges::find(keys, key, &KeyPlace::key);
-    return found == keys.end() ? nullptr : &*found;
-}
-
 std::unique_ptr<ModelFile> readModelFile(const std::string& fileName, std::string& error) {
     error.clear();
     const std::optional<std::string> text = readText(fileName, error);
@@ -214,12 +209,6 @@ std::unique_ptr<ModelFile> readModelFile(const std::string& fileName, std::strin
     }
     std::ranges::stable_sort(file->findings, {}, &Finding::line);
     return file;
-}
-
-std::string format(const Finding& finding, const std::string& fileName) {
-    const char* severity = finding.severity == Finding::Severity::Error ? "error" : "warning";
-    const std::string place = finding.line == 0 ? fileName : fmt::format("{}:{}", fileName, finding.line);
-    return fmt::format("{}: {}: {}", place, severity, finding.text);
 }
 
 } // namespace velmora::driver

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "driver/ModelFile.h"
+#include "driver/ModelContents.h"
 
 #include <toml++/toml.h>
 
