@@ -79,6 +79,9 @@ class MBS_Body : public MBS_ModelObject {
 
     virtual MBS_BodyMemory getMemory() const { return {}; }
 
+    MBS_BodyShape getShape() const {
+        return {bodyIndex, numTransDof, numRotDof, numFlexDof, numInnerConstraintDof};
+    }
     unsigned getNumOfDof() const { return numTransDof + numRotDof + numFlexDof; }
 
     std::string bodyName = "noName";

@@ -1,14 +1,13 @@
 #include "velmora/bodies/MBS_InnerConstraint_CqT.h"
 
-#include "velmora/bodies/MBS_Body.h"
 #include "velmora/matrix/FixedSize.h"
 #include "velmora/model/MBS_ModelDofVector.h"
 
 namespace velmora {
 
-MBS_InnerConstraint_CqT::MBS_InnerConstraint_CqT(const MBS_Body& owner)
-    : MBS_General_CqT(owner.numTransDof, owner.numRotDof, owner.numFlexDof, owner.numInnerConstraintDof),
-      bodyIndex(owner.bodyIndex) {
+MBS_InnerConstraint_CqT::MBS_InnerConstraint_CqT(const MBS_BodyShape& shape)
+    : MBS_General_CqT(shape.numTransDof, shape.numRotDof, shape.numFlexDof, shape.numInnerConstraintDof),
+      bodyIndex(shape.bodyIndex) {
     tPart.reset();
     fPart.reset();
 }

@@ -1,16 +1,15 @@
 #pragma once
 
+#include "velmora/bodies/MBS_BodyShape.h"
 #include "velmora/model/MBS_General_CqT.h"
 
 namespace velmora {
-
-class MBS_Body;
 
 /// Root of the transposed Jacobians of a body's norm constraint C = p'p - 1 - offset.
 class MBS_InnerConstraint_CqT : public MBS_General_CqT {
   public:
     /// A rotational part alone, 4 x 1.
-    explicit MBS_InnerConstraint_CqT(const MBS_Body& owner);
+    explicit MBS_InnerConstraint_CqT(const MBS_BodyShape& shape);
     std::string getClassName() const override { return "MBS_InnerConstraint_CqT"; }
 
   protected:

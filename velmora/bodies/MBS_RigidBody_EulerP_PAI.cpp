@@ -12,27 +12,6 @@
 
 namespace velmora {
 
-void MBS_RigidBody_EulerP_PAI_Parameter::getInertiaComponents(double* components) const {
-    inertia.to(components);
-    std::fill_n(components + 3, 3, 0.0);
-}
-
-void MBS_RigidBody_EulerP_PAI_Commons::setParameter(const MBS_RigidBody_EulerP_PAI_Parameter& parameter) {
-    Ibar = parameter.inertia;
-    isMassless = parameter.mass == 0.0;
-}
-
-void MBS_RigidBody_EulerP_PAI_Commons::update(double time, const P* q, const P* qd, const P* qdd) {
-    MBS_BodyCommons::update(time, q, qd, qdd);
-    if (isMassless)
-        return;
-    IbarOmegaBar = diagTimes(Ibar, omegaBar);
-}
-
-Mat3 MBS_RigidBody_EulerP_PAI_Commons::gyroscopicMatrix() const {
-    return rigid::gyroscopicMatrix(Ibar, omegaBar, IbarOmegaBar);
-}
-
 MBS_RigidBody_EulerP_PAI::MBS_RigidBody_EulerP_PAI(IO_DataModelBlock* block, MBS_Model* owner, unsigned index)
     : MBS_Body(block, owner, index, 0),
       rigidCommons(index) {
@@ -71,14 +50,15 @@ void MBS_RigidBody_EulerP_PAI::setInitialRotation(const Mat3& orientation, const
 
 void MBS_RigidBody_EulerP_PAI::createBlocks() {
     const auto& c = rigidCommons;
-    massMatrix = std::make_unique<MBS_RigidBody_EulerP_PAI_MassMatrix>(*this, c);
-    mQdd_q = std::make_unique<MBS_RigidBody_EulerP_PAI_MQdd_q>(*this, c);
-    qvv_q = std::make_unique<MBS_RigidBody_EulerP_PAI_Qvv_q>(*this, c);
-    qvv_qd = std::make_unique<MBS_RigidBody_EulerP_PAI_Qvv_qd>(*this, c);
-    cqLi_q = std::make_unique<MBS_RigidBody_EulerP_PAI_CqLi_q>(*this, c);
-    aBar4KinSolver = std::make_unique<MBS_RigidBody_EulerP_PAI_ABar4KinSolver>(*this, c);
-    cqT = std::make_unique<MBS_RiBo_PAI_CqT>(*this);
-    cqTdT = std::make_unique<MBS_RiBo_PAI_CqTdT>(*this);
+    const MBS_BodyShape shape = getShape();
+    massMatrix = std::make_unique<MBS_RigidBody_EulerP_PAI_MassMatrix>(shape, c, totalMass);
+    mQdd_q = std::make_unique<MBS_RigidBody_EulerP_PAI_MQdd_q>(shape, c);
+    qvv_q = std::make_unique<MBS_RigidBody_EulerP_PAI_Qvv_q>(shape, c);
+    qvv_qd = std::make_unique<MBS_RigidBody_EulerP_PAI_Qvv_qd>(shape, c);
+    cqLi_q = std::make_unique<MBS_RigidBody_EulerP_PAI_CqLi_q>(shape, c);
+    aBar4KinSolver = std::make_unique<MBS_RigidBody_EulerP_PAI_ABar4KinSolver>(shape, c, actors);
+    cqT = std::make_unique<MBS_RiBo_PAI_CqT>(shape);
+    cqTdT = std::make_unique<MBS_RiBo_PAI_CqTdT>(shape);
 }
 
 void MBS_RigidBody_EulerP_PAI::moveStorage(const std::shared_ptr<double[]>& arena, std::size_t place) {

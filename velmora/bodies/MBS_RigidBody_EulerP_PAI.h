@@ -1,37 +1,9 @@
 #pragma once
 
 #include "velmora/bodies/MBS_Body.h"
+#include "velmora/bodies/MBS_RigidBody_EulerP_PAI_Commons.h"
 
 namespace velmora {
-
-/// Mass and principal moments of inertia of a rigid body, about its centre of mass.
-class MBS_RigidBody_EulerP_PAI_Parameter : public MBS_BodyParameter {
-  public:
-    MBS_RigidBody_EulerP_PAI_Parameter(double totalMass, const Vec3& principalMoments)
-        : mass(totalMass),
-          inertia(principalMoments) {}
-    std::string getClassName() const override { return "MBS_RigidBody_EulerP_PAI_Parameter"; }
-    double getMass() const override { return mass; }
-    void getInertiaComponents(double* components) const override;
-
-    double mass;
-    Vec3 inertia; ///< I1, I2, I3
-};
-
-/// Kinematic products of a rigid body with its inertia in them; a massless body has none of these.
-class MBS_RigidBody_EulerP_PAI_Commons : public MBS_BodyCommons {
-  public:
-    using MBS_BodyCommons::MBS_BodyCommons;
-    void setParameter(const MBS_RigidBody_EulerP_PAI_Parameter& parameter);
-    std::string getClassName() const override { return "MBS_RigidBody_EulerP_PAI_Commons"; }
-    void update(double time, const P* q, const P* qd, const P* qdd) override;
-    /// tilde(w) I - tilde(I w): the derivative of w x I w with respect to w.
-    Mat3 gyroscopicMatrix() const;
-
-    Vec3 Ibar;         ///< I1, I2, I3
-    Vec3 IbarOmegaBar; ///< diag(I) omegaBar: angular momentum about the centre of mass, body frame
-    bool isMassless = false;
-};
 
 /// Rigid body: origin at the centre of mass, axes along the principal axes of inertia, orientation in Euler
 /// parameters p, one norm constraint.

@@ -20,12 +20,12 @@ void MBS_RigidBody_EulerP_PAI_Matrix::keepRotational() {
 }
 
 MBS_RigidBody_EulerP_PAI_MassMatrix::MBS_RigidBody_EulerP_PAI_MassMatrix(
-    const MBS_Body& owner, const MBS_RigidBody_EulerP_PAI_Commons& c)
-    : MBS_RigidBody_EulerP_PAI_Matrix(owner, c) {
+    const MBS_BodyShape& shape, const MBS_RigidBody_EulerP_PAI_Commons& c, double mass)
+    : MBS_RigidBody_EulerP_PAI_Matrix(shape, c) {
     keepRotational();
     if (c.isMassless)
         return;
-    setBlockMatrix(Trans, Trans, "MBM_DiagonalDenseMatrix", 3, 3, owner.getMass());
+    setBlockMatrix(Trans, Trans, "MBM_DiagonalDenseMatrix", 3, 3, mass);
     setBlockMatrix(Rot, Rot, "MBM_SymmetricDenseMatrix", 4, 4, 0.0);
 }
 
@@ -34,9 +34,9 @@ void MBS_RigidBody_EulerP_PAI_MassMatrix::update(double, const P*, const P*, con
         rigid::massBlock(commons->Ibar, commons->p).to(rr()); // (1)
 }
 
-MBS_RigidBody_EulerP_PAI_MQdd_q::MBS_RigidBody_EulerP_PAI_MQdd_q(const MBS_Body& owner,
+MBS_RigidBody_EulerP_PAI_MQdd_q::MBS_RigidBody_EulerP_PAI_MQdd_q(const MBS_BodyShape& shape,
                                                                  const MBS_RigidBody_EulerP_PAI_Commons& c)
-    : MBS_RigidBody_EulerP_PAI_Matrix(owner, c) {
+    : MBS_RigidBody_EulerP_PAI_Matrix(shape, c) {
     keepRotational();
 }
 
@@ -47,9 +47,9 @@ void MBS_RigidBody_EulerP_PAI_MQdd_q::update(double, const P*, const P*, const P
     rigid::inertiaForce_q(commons->Ibar, commons->p, a).to(rr()); // (2)
 }
 
-MBS_RigidBody_EulerP_PAI_Qvv_q::MBS_RigidBody_EulerP_PAI_Qvv_q(const MBS_Body& owner,
+MBS_RigidBody_EulerP_PAI_Qvv_q::MBS_RigidBody_EulerP_PAI_Qvv_q(const MBS_BodyShape& shape,
                                                                const MBS_RigidBody_EulerP_PAI_Commons& c)
-    : MBS_RigidBody_EulerP_PAI_Matrix(owner, c) {
+    : MBS_RigidBody_EulerP_PAI_Matrix(shape, c) {
     keepRotational();
 }
 
@@ -61,9 +61,9 @@ void MBS_RigidBody_EulerP_PAI_Qvv_q::update(double, const P*, const P*, const P*
     rigid::velInertiaForce_q(c.p, c.dp, c.gyroscopicMatrix(), wxn).to(rr()); // (4)
 }
 
-MBS_RigidBody_EulerP_PAI_Qvv_qd::MBS_RigidBody_EulerP_PAI_Qvv_qd(const MBS_Body& owner,
+MBS_RigidBody_EulerP_PAI_Qvv_qd::MBS_RigidBody_EulerP_PAI_Qvv_qd(const MBS_BodyShape& shape,
                                                                  const MBS_RigidBody_EulerP_PAI_Commons& c)
-    : MBS_RigidBody_EulerP_PAI_Matrix(owner, c) {
+    : MBS_RigidBody_EulerP_PAI_Matrix(shape, c) {
     keepRotational();
 }
 
@@ -73,9 +73,9 @@ void MBS_RigidBody_EulerP_PAI_Qvv_qd::update(double, const P*, const P*, const P
     rigid::velInertiaForce_qd(commons->p, commons->gyroscopicMatrix()).to(rr()); // (5)
 }
 
-MBS_RigidBody_EulerP_PAI_CqLi_q::MBS_RigidBody_EulerP_PAI_CqLi_q(const MBS_Body& owner,
+MBS_RigidBody_EulerP_PAI_CqLi_q::MBS_RigidBody_EulerP_PAI_CqLi_q(const MBS_BodyShape& shape,
                                                                  const MBS_RigidBody_EulerP_PAI_Commons& c)
-    : MBS_RigidBody_EulerP_PAI_Matrix(owner, c) {
+    : MBS_RigidBody_EulerP_PAI_Matrix(shape, c) {
     keepOnly({});
     setBlockMatrix(Rot, Rot, "MBM_DiagonalDenseMatrix", 4, 4, 0.0);
 }
@@ -87,20 +87,21 @@ void MBS_RigidBody_EulerP_PAI_CqLi_q::update(double, const P*, const P*, const P
 }
 
 MBS_RigidBody_EulerP_PAI_ABar4KinSolver::MBS_RigidBody_EulerP_PAI_ABar4KinSolver(
-    const MBS_Body& owner, const MBS_RigidBody_EulerP_PAI_Commons& c)
-    : MBS_RigidBody_EulerP_PAI_Matrix(owner, c) {}
+    const MBS_BodyShape& shape, const MBS_RigidBody_EulerP_PAI_Commons& c,
+    const std::vector<MBS_ActorPull*>& bodyActors)
+    : MBS_RigidBody_EulerP_PAI_Matrix(shape, c),
+      actors(&bodyActors) {}
 
 void MBS_RigidBody_EulerP_PAI_ABar4KinSolver::update(double, const P* q, const P*, const P*, const C*) {
     for (unsigned r : {Trans, Rot})
         for (unsigned c : {Trans, Rot})
             std::fill_n(block[r][c]->data, rowDof[r] * colDof[c], 0.0);
-    const auto& actors = body->actors;
     for (unsigned i = 0; i < 3; ++i)
-        block[Trans][Trans]->data[4 * i] = actors.empty() ? 1.0 : actors.front()->scaleA_t;
+        block[Trans][Trans]->data[4 * i] = actors->empty() ? 1.0 : actors->front()->scaleA_t;
     for (unsigned i = 0; i < 4; ++i)
-        rr()[5 * i] = actors.empty() ? 1.0 : actors.front()->scaleA_r;
+        rr()[5 * i] = actors->empty() ? 1.0 : actors->front()->scaleA_r;
     const double* coordinates = q->bodyData(bodyIndex);
-    for (MBS_ActorPull* actor : actors)
+    for (MBS_ActorPull* actor : *actors)
         if (actor->isActive)
             addActor(*actor, Vec3::from(coordinates), Vec4::from(coordinates + 3));
 }

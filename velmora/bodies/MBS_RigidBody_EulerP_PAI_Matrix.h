@@ -1,7 +1,10 @@
 #pragma once
 
+#include "velmora/bodies/MBS_ActorPull.h"
 #include "velmora/bodies/MBS_GeneralSingleBodyMatrix.h"
-#include "velmora/bodies/MBS_RigidBody_EulerP_PAI.h"
+#include "velmora/bodies/MBS_RigidBody_EulerP_PAI_Commons.h"
+
+#include <vector>
 
 namespace velmora {
 
@@ -9,8 +12,8 @@ namespace velmora {
 /// current before each `update`. A massless body has no inertia blocks, and their `update` does nothing.
 class MBS_RigidBody_EulerP_PAI_Matrix : public MBS_GeneralSingleBodyMatrix {
   public:
-    MBS_RigidBody_EulerP_PAI_Matrix(const MBS_Body& owner, const MBS_RigidBody_EulerP_PAI_Commons& c)
-        : MBS_GeneralSingleBodyMatrix(owner),
+    MBS_RigidBody_EulerP_PAI_Matrix(const MBS_BodyShape& shape, const MBS_RigidBody_EulerP_PAI_Commons& c)
+        : MBS_GeneralSingleBodyMatrix(shape),
           commons(&c) {}
     std::string getClassName() const override { return "MBS_RigidBody_EulerP_PAI_Matrix"; }
 
@@ -26,7 +29,8 @@ class MBS_RigidBody_EulerP_PAI_Matrix : public MBS_GeneralSingleBodyMatrix {
 /// Mass matrix: tt = m 1 (diagonal), rr = Gbar' I Gbar (symmetric).
 class MBS_RigidBody_EulerP_PAI_MassMatrix : public MBS_RigidBody_EulerP_PAI_Matrix {
   public:
-    MBS_RigidBody_EulerP_PAI_MassMatrix(const MBS_Body& owner, const MBS_RigidBody_EulerP_PAI_Commons& c);
+    MBS_RigidBody_EulerP_PAI_MassMatrix(const MBS_BodyShape& shape, const MBS_RigidBody_EulerP_PAI_Commons& c,
+                                        double mass);
     std::string getClassName() const override { return "MBS_RigidBody_EulerP_PAI_MassMatrix"; }
     void update(double, const P*, const P*, const P*, const C*) override;
 };
@@ -34,7 +38,7 @@ class MBS_RigidBody_EulerP_PAI_MassMatrix : public MBS_RigidBody_EulerP_PAI_Matr
 /// d(M qdd)/dq at constant qdd.
 class MBS_RigidBody_EulerP_PAI_MQdd_q : public MBS_RigidBody_EulerP_PAI_Matrix {
   public:
-    MBS_RigidBody_EulerP_PAI_MQdd_q(const MBS_Body& owner, const MBS_RigidBody_EulerP_PAI_Commons& c);
+    MBS_RigidBody_EulerP_PAI_MQdd_q(const MBS_BodyShape& shape, const MBS_RigidBody_EulerP_PAI_Commons& c);
     std::string getClassName() const override { return "MBS_RigidBody_EulerP_PAI_MQdd_q"; }
     void update(double, const P*, const P*, const P* qdd, const C*) override;
 };
@@ -42,7 +46,7 @@ class MBS_RigidBody_EulerP_PAI_MQdd_q : public MBS_RigidBody_EulerP_PAI_Matrix {
 /// Derivative of the quadratic velocity vector with respect to q at constant qd.
 class MBS_RigidBody_EulerP_PAI_Qvv_q : public MBS_RigidBody_EulerP_PAI_Matrix {
   public:
-    MBS_RigidBody_EulerP_PAI_Qvv_q(const MBS_Body& owner, const MBS_RigidBody_EulerP_PAI_Commons& c);
+    MBS_RigidBody_EulerP_PAI_Qvv_q(const MBS_BodyShape& shape, const MBS_RigidBody_EulerP_PAI_Commons& c);
     std::string getClassName() const override { return "MBS_RigidBody_EulerP_PAI_Qvv_q"; }
     void update(double, const P*, const P*, const P*, const C*) override;
 };
@@ -50,7 +54,7 @@ class MBS_RigidBody_EulerP_PAI_Qvv_q : public MBS_RigidBody_EulerP_PAI_Matrix {
 /// Derivative of the quadratic velocity vector with respect to qd at constant q.
 class MBS_RigidBody_EulerP_PAI_Qvv_qd : public MBS_RigidBody_EulerP_PAI_Matrix {
   public:
-    MBS_RigidBody_EulerP_PAI_Qvv_qd(const MBS_Body& owner, const MBS_RigidBody_EulerP_PAI_Commons& c);
+    MBS_RigidBody_EulerP_PAI_Qvv_qd(const MBS_BodyShape& shape, const MBS_RigidBody_EulerP_PAI_Commons& c);
     std::string getClassName() const override { return "MBS_RigidBody_EulerP_PAI_Qvv_qd"; }
     void update(double, const P*, const P*, const P*, const C*) override;
 };
@@ -58,7 +62,7 @@ class MBS_RigidBody_EulerP_PAI_Qvv_qd : public MBS_RigidBody_EulerP_PAI_Matrix {
 /// d(Cq' lambda)/dq of the norm constraint: rr = 2 lambda 1 (diagonal).
 class MBS_RigidBody_EulerP_PAI_CqLi_q : public MBS_RigidBody_EulerP_PAI_Matrix {
   public:
-    MBS_RigidBody_EulerP_PAI_CqLi_q(const MBS_Body& owner, const MBS_RigidBody_EulerP_PAI_Commons& c);
+    MBS_RigidBody_EulerP_PAI_CqLi_q(const MBS_BodyShape& shape, const MBS_RigidBody_EulerP_PAI_Commons& c);
     std::string getClassName() const override { return "MBS_RigidBody_EulerP_PAI_CqLi_q"; }
     void update(double, const P*, const P*, const P*, const C* lagrange) override;
 };
@@ -67,13 +71,17 @@ class MBS_RigidBody_EulerP_PAI_CqLi_q : public MBS_RigidBody_EulerP_PAI_Matrix {
 /// J' W J with J = [1, d(A u)/dp]. The scales are those of the body's first actor, 1.0 without actors.
 class MBS_RigidBody_EulerP_PAI_ABar4KinSolver : public MBS_RigidBody_EulerP_PAI_Matrix {
   public:
-    MBS_RigidBody_EulerP_PAI_ABar4KinSolver(const MBS_Body& owner, const MBS_RigidBody_EulerP_PAI_Commons& c);
+    MBS_RigidBody_EulerP_PAI_ABar4KinSolver(const MBS_BodyShape& shape,
+                                            const MBS_RigidBody_EulerP_PAI_Commons& c,
+                                            const std::vector<MBS_ActorPull*>& bodyActors);
     std::string getClassName() const override { return "MBS_RigidBody_EulerP_PAI_ABar4KinSolver"; }
     /// Turns the acting point of an actor into a body-frame point where that hasn't been done.
     void update(double, const P* q, const P*, const P*, const C*) override;
 
   private:
     void addActor(MBS_ActorPull& actor, const Vec3& r, const Vec4& p);
+
+    const std::vector<MBS_ActorPull*>* actors; // of the body, not owned
 };
 
 } // namespace velmora

@@ -5,7 +5,6 @@
 #include "velmora/global_matrix/MBS_GlobalModelMatrix.h"
 #include "velmora/io/IO_DataModel.h"
 #include "velmora/model/MBS_ModelDofVector.h"
-#include "velmora/model/internal/MBS_ModelBuilder.h"
 #include "velmora/platform/Prefetch.h"
 #include "velmora/results/MBS_ResultFileManager.h"
 
@@ -15,16 +14,6 @@
 // MBS_InternalModel_Evaluation.cpp.
 
 namespace velmora {
-
-MBS_Model* MBS_Model::makeModel(IO_DataModel* dataModel, IO_OutputManager* outputManager) {
-    if (!dataModel)
-        return nullptr;
-    auto model = std::make_unique<MBS_InternalModel>(dataModel, outputManager);
-    MBS_ModelBuilder(*model, *dataModel).buildAll();
-    model->sumUpDof();
-    model->gatherStorage();
-    return model.release();
-}
 
 MBS_InternalModel::MBS_InternalModel(IO_DataModel* dataModel, IO_OutputManager* manager)
     : MBS_Model(dataModel, manager) {}
