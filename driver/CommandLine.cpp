@@ -2,6 +2,7 @@
 
 #include "driver/CheckCommand.h"
 #include "driver/NearName.h"
+#include "driver/Options.h"
 #include "driver/RunCommand.h"
 
 #include <velmora/velmora.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "driver/CommandLine.h"
 #include "driver/ModelFile.h"
+#include "driver/Options.h"
 
 #include <memory>
 #include <string>

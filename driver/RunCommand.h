@@ -1,6 +1,6 @@
 #pragma once
 
-#include "driver/CommandLine.h"
+#include "driver/Options.h"
 
 namespace velmora::driver {
 

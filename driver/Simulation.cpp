@@ -20,7 +20,7 @@ constexpr double largestGrowth = 2.0;
 constexpr double smallestShrinking = 0.2;
 constexpr double worthwhileGrowth = 1.3; // below it the step, and with it the matrix, stays
 constexpr double stepRatioAfterFailure = 0.25;
-constexpr double smallestStepShare = 1.0e-12; // of the end time
+constexpr double smallestStepShare = 1.0e-11; // of the end time; shorter ones lead nowhere
 constexpr double largestStepShare = 0.1;
 constexpr double sameTime = 1.0e-9; // of a step: times nearer than this are one
 
@@ -66,6 +66,7 @@ class Simulation::Impl {
     void adaptStep(const Plan& plan);
     void finishStep(const Plan& plan);
     void writeResults();
+    bool failForAccuracy(const Plan& plan);
     bool fail(StepResult result, const HHTState& state, double length);
     void collectStatistics();
 
@@ -132,8 +133,11 @@ bool Simulation::Impl::advance() {
                 return false;
             continue;
         }
-        if (!settings.fixedStep && !isAccurate(plan))
+        if (!settings.fixedStep && !isAccurate(plan)) {
+            if (wantedStep < smallestStepShare * settings.endTime)
+                return failForAccuracy(plan);
             continue;
+        }
         result = integrator->accept();
         if (result != StepResult::Converged)
             return fail(result, integrator->getState(), plan.length);
@@ -218,6 +222,15 @@ void Simulation::Impl::writeResults() {
     HHTState& state = integrator->getState();
     if (results)
         results->writeResultsToFile(state.time, &state.q, &state.qd, &state.qdd, &state.lambda);
+}
+
+bool Simulation::Impl::failForAccuracy(const Plan& plan) {
+    outcome.diagnostic =
+        fmt::format("Time {:.9g}, step {:.3g}: The local error stays {:.3g} times what the tolerance "
+                    "allows, however short the step. {}",
+                    plan.endTime, plan.length, integrator->getLocalError(),
+                    Diagnostics(system.get(), dataModel).describeLargestResiduals());
+    return false;
 }
 
 bool Simulation::Impl::fail(StepResult result, const HHTState& state, double length) {

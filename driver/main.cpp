@@ -1,4 +1,5 @@
 #include "driver/CommandLine.h"
+#include "driver/Options.h"
 
 #include <cstdio>
 #include <exception>

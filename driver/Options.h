@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace velmora::driver {
+
+/// What the program answers to the system that called it.
+enum ExitCode : int {
+    Done = 0,
+    ModelHasErrors = 1,
+    WrongUsage = 2, ///< also: a file that can't be read, a results folder that can't be made
+    SolverFailed = 3
+};
+
+/// What the user asked for.
+struct Options {
+    std::string modelFile;
+    std::string resultDirectory;   ///< of `run`; empty: results/<stem of the model file>
+    std::optional<double> endTime; ///< of `run`, in seconds; overrides the model file's
+    bool isQuiet = false;          ///< of `run`: neither progress nor summary
+    bool isLenient = false;        ///< findings of the strict checks are warnings
+};
+
+} // namespace velmora::driver

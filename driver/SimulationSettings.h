@@ -1,0 +1,44 @@
+#pragma once
+
+#include <array>
+#include <string>
+
+namespace velmora::driver {
+
+/// What a run needs to be told. Times in seconds.
+struct SimulationSettings {
+    double endTime = 0.0;      ///< must be positive; the last step ends exactly here
+    double step = 1.0e-3;      ///< first step, or every step if `fixedStep`
+    bool fixedStep = false;    ///< no error control; only the last step is shortened
+    double tolerance = 1.0e-6; ///< relative local error of the positions per step
+    double alpha = -0.05;      ///< numerical damping of the HHT form, in [-1/3, 0]; 0 is the trapezoidal rule
+};
+
+/// What a run did, complete also when it failed.
+struct RunOutcome {
+    bool succeeded = false;
+    std::string diagnostic; ///< why the run failed; empty if it succeeded
+    double timeReached = 0.0;
+
+    unsigned long steps = 0;         ///< accepted steps
+    unsigned long rejectedSteps = 0; ///< steps repeated for their error or a failing Newton iteration
+    unsigned long newtonIterations = 0;
+    unsigned long factorisations = 0;   ///< with pivoting
+    unsigned long refactorisations = 0; ///< with the pivots of an earlier one
+    double largestStep = 0.0;
+    double smallestStep = 0.0; ///< the shortened last step and steps cut for output don't count
+    double wallSeconds = 0.0;
+    double kernelSeconds = 0.0; ///< share of `wallSeconds` spent in evaluations by the model
+
+    double energyStart = 0.0;    ///< kinetic energy, potential energy of gravity and strain energy
+    double energyEnd = 0.0;      ///< the same at the end
+    double workOfForces = 0.0;   ///< done by all other forces and by driven joints over the run
+    double energyScale = 0.0;    ///< largest kinetic energy, or change of potential energy, met in the run
+    double maxEnergyDrift = 0.0; ///< largest | T + V - W - (T + V at the start) | over `energyScale`
+
+    bool isAngularMomentumConserved = false;         ///< true if nothing acts on the bodies; else no drift
+    std::array<double, 3> angularMomentumStart = {}; ///< about the origin, global frame
+    double maxAngularMomentumDrift = 0.0;            ///< over the sum of the bodies' own momenta
+};
+
+} // namespace velmora::driver
