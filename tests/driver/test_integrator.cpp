@@ -1,5 +1,5 @@
-#include "AllocationCounter.h"
-#include "IntegratorFixture.h"
+#include "tests/driver/IntegratorFixture.h"
+#include "tests/support/AllocationCounter.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -139,7 +139,7 @@ TEST(Simulation, AllocatesNothingInTheTimeLoop) {
     const auto model = input.make();
     unsigned long atStart = 0, atEnd = 0, step = 0;
     Simulation simulation(model.get(), &input.data, nullptr, {5.0, 1e-3},
-                          [&](double, double) { (++step == 5 ? atStart : atEnd) = getNumOfAllocations(); });
+                          [&](double, double) { (++step == 5 ? atStart : atEnd) = test::allocationCount(); });
     ASSERT_TRUE(simulation.run().succeeded);
     ASSERT_GT(step, 50u);
     EXPECT_EQ(atEnd, atStart);

@@ -1,4 +1,4 @@
-#include "IntegratorFixture.h"
+#include "tests/driver/IntegratorFixture.h"
 
 #include <gtest/gtest.h>
 
