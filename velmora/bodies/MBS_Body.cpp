@@ -62,12 +62,14 @@ std::vector<MBM_DenseStandAloneMatrix*> MBS_Body::blocksInOrderOfUse() const {
         if (auto* owner = dynamic_cast<MBM_DenseStandAloneMatrix*>(block))
             blocks.push_back(owner);
     };
+    add(massMatrix->block[Rot][Rot].get());
     add(cqT->rPart.get());
+    add(cqTdT->rPart.get());
     for (const auto* matrix :
          {&massMatrix, &mQdd_q, &qvv_q, &qvv_qd, &cqLi_q, &stiffnessBlock, &dampingBlock})
         for (unsigned k = 0; *matrix && k < 9; ++k)
-            add((*matrix)->block[k / 3][k % 3].get());
-    add(cqTdT->rPart.get());
+            if (*matrix != massMatrix || k / 3 != Rot || k % 3 != Rot)
+                add((*matrix)->block[k / 3][k % 3].get());
     return blocks;
 }
 

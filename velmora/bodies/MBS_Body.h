@@ -19,9 +19,10 @@ class MBS_ModelConstraintDofVector;
 struct MBS_BodyMemory {
     const void* kinematics = nullptr;
     std::size_t kinematicsBytes = 0;
-    const double* elements = nullptr; ///< of the blocks, in order of use
-    std::size_t motionBytes = 0;      ///< what `updateForMotion` writes of them, from the start
-    std::size_t jacobianBytes = 0;    ///< what `updateForJacobian` writes of them, from there on
+    const double* mass = nullptr; ///< of the blocks, in order of use: what `updateForMotion` writes
+    std::size_t massBytes = 0;
+    const double* derivatives = nullptr; ///< what `updateForJacobian` writes
+    std::size_t derivativesBytes = 0;
 };
 
 /// What every body offers the model. Coordinates: r (3, global frame), p (4 Euler parameters), modal

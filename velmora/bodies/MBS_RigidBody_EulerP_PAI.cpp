@@ -73,9 +73,10 @@ void MBS_RigidBody_EulerP_PAI::findElements() {
 }
 
 MBS_BodyMemory MBS_RigidBody_EulerP_PAI::getMemory() const {
-    constexpr std::size_t motion = 4 + 9 + 16, jacobian = 4 * 16 + 4; // doubles
-    return {&elements, sizeof elements + sizeof totalMass + sizeof rigidCommons, elements.cqT,
-            motion * sizeof(double), jacobian * sizeof(double)};
+    constexpr std::size_t motion = 16 + 4, jacobian = 4 + 4 * 16; // doubles
+    return {&elements,      sizeof elements + sizeof totalMass + sizeof rigidCommons,
+            elements.mass,  motion * sizeof(double),
+            elements.cqTdT, jacobian * sizeof(double)};
 }
 
 void MBS_RigidBody_EulerP_PAI::updateForMotion(double t, const P* q, const P* qd, const P* qdd) {

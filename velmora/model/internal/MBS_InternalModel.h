@@ -84,7 +84,7 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
 
   private:
     /// What a walk over the bodies is about to use of each.
-    enum class Use { Motion, Jacobian };
+    enum class Use { Motion, Jacobian, Kinematics, Mass };
     /// Calls work(body) for all bodies in order, asking for the memory of later ones ahead.
     template <class Work>
     void forEachBody(Use use, Work work) const;

@@ -35,12 +35,12 @@ void MBS_InternalModel::forEachBody(Use use, Work work) const {
     for (std::size_t i = 0; i < n; ++i) {
         if (i + distance < n) {
             const MBS_BodyMemory& next = bodyMemory[i + distance];
-            prefetch(bodies[i + distance].get(), 1);
-            prefetch(next.kinematics, next.kinematicsBytes);
-            if (use == Use::Motion)
-                prefetch(next.elements, next.motionBytes);
-            else
-                prefetch(reinterpret_cast<const char*>(next.elements) + next.motionBytes, next.jacobianBytes);
+            prefetch(bodies[i + distance].get(), 1); // for the virtual call
+            prefetch(next.kinematics, use == Use::Mass ? 1 : next.kinematicsBytes);
+            if (use == Use::Motion || use == Use::Mass)
+                prefetch(next.mass, next.massBytes);
+            if (use == Use::Jacobian)
+                prefetch(next.derivatives, next.derivativesBytes);
         }
         work(*bodies[i]);
     }
@@ -85,11 +85,11 @@ void MBS_InternalModel::updateForKinematicSolverAndComputeBbar(const P* q, P* ou
 }
 
 void MBS_InternalModel::getAccInertiaForces(const P* qdd, P* out) {
-    forEachBody(Use::Motion, [&](MBS_Body& body) { body.getAccInertiaForces(qdd, out); });
+    forEachBody(Use::Mass, [&](MBS_Body& body) { body.getAccInertiaForces(qdd, out); });
 }
 
 void MBS_InternalModel::getVelInertiaForces(const P* q, const P* qd, P* out) {
-    forEachBody(Use::Motion, [&](MBS_Body& body) { body.getVelInertiaForces(q, qd, out); });
+    forEachBody(Use::Kinematics, [&](MBS_Body& body) { body.getVelInertiaForces(q, qd, out); });
 }
 
 // A rigid body has no such forces.
@@ -106,7 +106,7 @@ void MBS_InternalModel::getDampingForces(const P* qd, P* out) {
 }
 
 void MBS_InternalModel::getConstraintForces(const C* multipliers, P* out) {
-    forEachBody(Use::Motion, [&](MBS_Body& body) { body.getInnerConstraintForces(multipliers, out); });
+    forEachBody(Use::Mass, [&](MBS_Body& body) { body.getInnerConstraintForces(multipliers, out); });
 }
 
 void MBS_InternalModel::getExternalForces(double t, const P* q, const P* qd, const P*, P* out) {
