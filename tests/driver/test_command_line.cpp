@@ -7,12 +7,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <regex>
 
 namespace velmora::driver {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -30,6 +30,12 @@ const std::string falling = "[simulation]\nend_time = 0.5\n[results]\nWriteState
 std::string readText(const fs::path& name) {
     std::ifstream file(name, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+std::string replaceAll(std::string text, const std::string& old, const std::string& with) {
+    for (auto at = text.find(old); at != std::string::npos; at = text.find(old, at + with.size()))
+        text.replace(at, old.size(), with);
+    return text;
 }
 
 /// Runs the built program in a folder of its own.
@@ -73,9 +79,9 @@ TEST_F(Program, RunsAModelAndReportsIt) {
     // Three records on the schedule; the last shows the position 3 t - 5 t^2.
     const std::string states = readText(folder / "results/falling/falling.srf");
     const std::string data = states.substr(states.find("Data"));
-    const std::regex time("\n([025]\\.[0-9]+E[-+][0-9]+) *\n");
-    EXPECT_EQ(std::distance(std::sregex_iterator(data.begin(), data.end(), time), {}), 3);
-    EXPECT_THAT(data, HasSubstr("\n5.000000000000E-01\n"));
+    EXPECT_EQ(std::ranges::count(data, '\n'), 2 + 3 * 2);
+    for (const char* time : {"\n0.000000000000E+00\n", "\n2.500000000000E-01\n", "\n5.000000000000E-01\n"})
+        EXPECT_THAT(data, HasSubstr(time));
     EXPECT_THAT(data, HasSubstr(" 2.500000000000E-01 "));
 }
 
@@ -91,9 +97,9 @@ TEST_F(Program, TakesOptionsBeforeTheModelFile) {
 TEST_F(Program, ChecksWithoutRunning) {
     write("falling.toml", body + gravity);
     ASSERT_EQ(run("check falling.toml"), 0) << messages;
-    EXPECT_TRUE(std::regex_search(out, std::regex("Body +Rigid_EulerParameter_PAI +1\n"))) << out;
-    EXPECT_TRUE(std::regex_search(out, std::regex("Physical degrees of freedom +7\n"))) << out;
-    EXPECT_TRUE(std::regex_search(out, std::regex("residual of inner constraints +0.000e\\+00\n"))) << out;
+    EXPECT_THAT(out, ContainsRegex("Body +Rigid_EulerParameter_PAI +1\n"));
+    EXPECT_THAT(out, ContainsRegex("Physical degrees of freedom +7\n"));
+    EXPECT_THAT(out, ContainsRegex("residual of inner constraints +0.000e\\+00\n"));
     EXPECT_FALSE(fs::exists(folder / "results"));
     ASSERT_EQ(run("run falling.toml"), 1); // the end time is missing
     EXPECT_EQ(messages,
@@ -137,7 +143,7 @@ TEST_F(Program, LenientlyTakesFindingsAsWarnings) {
 }
 
 TEST_F(Program, LineEndsDoNotMatter) {
-    write("model.toml", std::regex_replace(falling, std::regex("\n"), "\r\n"));
+    write("model.toml", replaceAll(falling, "\n", "\r\n"));
     EXPECT_EQ(run("run model.toml --quiet"), 0) << messages;
 }
 
@@ -145,8 +151,8 @@ TEST_F(Program, FailingRunsLeaveTheirResultsReadable) {
     // A step of several turns of the body is too long for Newton's iteration.
     std::string model = "[simulation]\nend_time = 5\nfixed_step = true\nstep = 0.5\n" +
                         falling.substr(falling.find("[results]"));
-    model = std::regex_replace(model, std::regex("\\[1, 1, 1\\]"), "[1, 2, 2.5]");
-    model = std::regex_replace(model, std::regex("(Omega.* =) .*"), "$1 [30, 70, 50]");
+    model = replaceAll(model, "[1, 1, 1]", "[1, 2, 2.5]");
+    model = replaceAll(model, "InitialOmegaVector = [0, 0, 0]", "InitialOmegaVector = [30, 70, 50]");
     write("model.toml", model);
     EXPECT_EQ(run("run model.toml"), 3);
     EXPECT_THAT(messages, StartsWith("velmora: Time "));
@@ -200,9 +206,9 @@ TEST_F(Program, ExamplesRun) {
             continue;
         ++numOfModels;
         EXPECT_EQ(run("run '" + entry.path().string() + "'"), 0) << messages;
-        std::smatch drift;
-        ASSERT_TRUE(std::regex_search(out, drift, std::regex("at the end, largest drift ([^ ]+) "))) << out;
-        EXPECT_LT(std::stod(drift[1]), 2e-5) << entry.path();
+        const std::string before = "at the end, largest drift ";
+        ASSERT_THAT(out, HasSubstr(before));
+        EXPECT_LT(std::stod(out.substr(out.find(before) + before.size())), 2e-5) << entry.path();
     }
     EXPECT_GE(numOfModels, 2u);
 }
