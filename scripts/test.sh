@@ -9,4 +9,5 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$root"
 cmake --preset release
 cmake --build --preset release --parallel "$(nproc)"
-ctest --preset release --parallel "$(nproc)" "$@"
+# One after the other: tests of a program use files of the same names in one folder.
+ctest --preset release "$@"
