@@ -71,7 +71,7 @@ void EnergyBalance::addStep(const HHTState& state) {
 EnergyBalance::Sample EnergyBalance::measure(const HHTState& state) {
     Sample sample;
     sample.time = state.time;
-    system->computeMomenta(state, momenta);
+    system->multiplyByMass(state.qd, momenta);
     sample.kinetic = 0.5 * dot(momenta, state.qd);
     sample.potential = 0.5 * dot(system->elasticForces, state.q);
     sample.power = dot(system->externalForces, state.qd) - dot(system->dampingForces, state.qd) +

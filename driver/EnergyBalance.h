@@ -1,7 +1,7 @@
 #pragma once
 
 #include "driver/HHTSystem.h"
-#include "driver/Simulation.h"
+#include "driver/SimulationSettings.h"
 
 #include <array>
 

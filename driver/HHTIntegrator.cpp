@@ -14,7 +14,11 @@
 // (4)  v_n+1 = v_n + h ((1 - gamma) a_n + gamma a_n+1),              gamma = 1/2 - alpha
 // (5)  dq = c2 dqdd, dv = c1 dqdd,  c1 = (1 + alpha) gamma h,  c2 = (1 + alpha) beta h^2
 // (6)  a_n <- qdd_n + (h / h_old) (a_n - qdd_n): the lag alpha h, fitted to a new step
-// (7)  local error of q: (beta + alpha/2 - 1/6) h^2 (a_n+1 - a_n), since a_n+1 - a_n = h dqdd/dt + O(h^2)
+// (7)  local error of q: e = (beta + alpha/2 - 1/6) h^2 (a_n+1 - a_n), since a_n+1 - a_n = h dqdd/dt + O(h^2)
+// (8)  filtered by the matrix of Newton's iteration: J (e, mu) = (M e, 0), so that Cq e = 0
+//
+// Without (8), what accelerations oscillate by across the constraints would count as error. It is rounding
+// over h^2, hardly damped for alpha near 0, and doesn't fall with the step: the step would collapse.
 
 namespace velmora::driver {
 
@@ -54,6 +58,8 @@ HHTIntegrator::HHTIntegrator(HHTSystem* equations, const SimulationSettings& sim
       states{HHTState(equations->getModel()), HHTState(equations->getModel()),
              HHTState(equations->getModel())},
       startOfA(equations->getModel()),
+      errors(equations->getModel()),
+      weightedErrors(equations->getModel()),
       constraintWork(equations->getModel()),
       increments(equations->getNumOfPhysicalDof()),
       scales(equations->getNumOfPhysicalDof()) {}
@@ -191,6 +197,8 @@ StepResult HHTIntegrator::tryStep(double endTime, double h) {
     if (result != StepResult::Converged) {
         hasPrevious = false;
         isMatrixWanted = true;
+    } else if (!settings.fixedStep) {
+        filterLocalError();
     }
     return result;
 }
@@ -282,7 +290,7 @@ bool HHTIntegrator::isConverged() {
         isMatrixWanted = !(contraction <= slowContraction);
     }
     const double share =
-        settings.fixedStep ? newtonShareOfFixedStep * localError : newtonShare * std::min(localError, 1.0);
+        (settings.fixedStep ? newtonShareOfFixedStep : newtonShare) * std::min(localError, 1.0);
     return contraction < 1.0 &&
            contraction / (1.0 - contraction) * correctionNorm <= std::max(rounding, share);
 }
@@ -290,8 +298,15 @@ bool HHTIntegrator::isConverged() {
 void HHTIntegrator::estimateLocalError() {
     const double factor = (beta + 0.5 * alpha - 1.0 / 6.0) * step * step; // (7)
     for (unsigned i = 0; i < system->getNumOfPhysicalDof(); ++i)
-        increments[i] = factor * (data(trial->a)[i] - data(startOfA)[i]);
-    localError = getWeightedNorm(increments.data());
+        data(errors)[i] = factor * (data(trial->a)[i] - data(startOfA)[i]);
+    localError = getWeightedNorm(data(errors));
+}
+
+void HHTIntegrator::filterLocalError() { // (8)
+    system->multiplyByMass(errors, weightedErrors);
+    std::fill_n(data(constraintWork), system->getNumOfConstraints(), 0.0);
+    system->solve(data(weightedErrors), data(constraintWork)); // the sign doesn't matter
+    localError = getWeightedNorm(system->getCorrection().data());
 }
 
 StepResult HHTIntegrator::accept() {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "driver/HHTSystem.h"
-#include "driver/Simulation.h"
+#include "driver/SimulationSettings.h"
 
 #include <velmora/velmora.h>
 
@@ -29,7 +29,8 @@ class HHTIntegrator {
 
     /// Attempts a step of length h from the present state; the outcome waits in the trial state.
     StepResult tryStep(double endTime, double h);
-    /// Local error of the positions of the trial state: 1 is what the tolerance allows.
+    /// Local error of the positions of the trial state, along the constraints: 1 is what the tolerance
+    /// allows.
     double getLocalError() const { return localError; }
     /// Makes the trial state the present one, with the kernel's caches at this state.
     StepResult accept();
@@ -54,6 +55,7 @@ class HHTIntegrator {
     bool isConverged();
     void applyCorrection();
     void estimateLocalError();
+    void filterLocalError();
     double getWeightedNorm(const double* positions) const;
     double getRoundingOfPositions() const;
 
@@ -65,6 +67,7 @@ class HHTIntegrator {
     HHTState* present = &states[1];
     HHTState* trial = &states[2];
     MBS_ModelPhysicalDofVector startOfA; // a of the present state, its lag fitted to the step in work
+    MBS_ModelPhysicalDofVector errors, weightedErrors; // of positions; times the mass matrix
     MBS_ModelConstraintDofVector constraintWork;
     std::vector<double> increments; // of positions, for norms
     std::vector<double> scales;     // per coordinate: what counts as 1

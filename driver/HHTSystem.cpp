@@ -202,9 +202,9 @@ void HHTSystem::computeTimeTerms(const HHTState& state, MBS_ModelConstraintDofVe
     model->get_C_t(state.time, &state.q, &state.qd, &state.qdd, &out);
 }
 
-void HHTSystem::computeMomenta(const HHTState& state, MBS_ModelPhysicalDofVector& out) {
+void HHTSystem::multiplyByMass(const MBS_ModelPhysicalDofVector& x, MBS_ModelPhysicalDofVector& out) {
     const Stopwatch watch(kernelTime);
-    model->getAccInertiaForces(&state.qd, &out);
+    model->getAccInertiaForces(&x, &out);
 }
 
 void HHTSystem::computeAccelerationTerms(const HHTState& state, MBS_ModelConstraintDofVector& out) {

@@ -53,8 +53,8 @@ class HHTSystem {
     void computeVelocityResidual(const HHTState& state, MBS_ModelConstraintDofVector& out);
     /// C_t at the state of the last `evaluate`.
     void computeTimeTerms(const HHTState& state, MBS_ModelConstraintDofVector& out);
-    /// M qd, with the mass matrix of the last `evaluate`.
-    void computeMomenta(const HHTState& state, MBS_ModelPhysicalDofVector& out);
+    /// out = M x, with the mass matrix of the last `evaluate`.
+    void multiplyByMass(const MBS_ModelPhysicalDofVector& x, MBS_ModelPhysicalDofVector& out);
     /// (dCq/dt) qd + C_tt: what Cq qdd has to balance.
     void computeAccelerationTerms(const HHTState& state, MBS_ModelConstraintDofVector& out);
 

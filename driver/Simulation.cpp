@@ -22,7 +22,8 @@ constexpr double worthwhileGrowth = 1.3; // below it the step, and with it the m
 constexpr double stepRatioAfterFailure = 0.25;
 constexpr double smallestStepShare = 1.0e-11; // of the end time; shorter ones lead nowhere
 constexpr double largestStepShare = 0.1;
-constexpr double sameTime = 1.0e-9; // of a step: times nearer than this are one
+constexpr double weakestDamping = -0.01; // alpha; a varying step feeds what is damped less
+constexpr double sameTime = 1.0e-9;      // of a step: times nearer than this are one
 
 std::string findErrorInSettings(const SimulationSettings& settings) {
     if (!(settings.endTime > 0.0) || !std::isfinite(settings.endTime))
@@ -33,6 +34,10 @@ std::string findErrorInSettings(const SimulationSettings& settings) {
         return fmt::format("The tolerance must be positive, and is {}.", settings.tolerance);
     if (!(settings.alpha >= -1.0 / 3.0 && settings.alpha <= 0.0))
         return fmt::format("alpha must lie in [-1/3, 0], and is {}.", settings.alpha);
+    if (!settings.fixedStep && settings.alpha > weakestDamping)
+        return fmt::format("With steps of controlled length alpha must not exceed {}, and is {}: nearer to 0 "
+                           "nothing damps the oscillations of the constraint forces. Fixed steps take it.",
+                           weakestDamping, settings.alpha);
     return {};
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "driver/HHTIntegrator.h"
+#include "driver/Simulation.h"
 
 #include <velmora/velmora.h>
 
