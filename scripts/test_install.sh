@@ -26,7 +26,7 @@ cmake -S . -B build -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$scratch/pre
 cmake --build build
 build/minimal_driver
 
-if [[ -x $scratch/prefix/bin/velmora ]]; then
+if grep -q '^VELMORA_BUILD_DRIVER:BOOL=ON' "$build/CMakeCache.txt"; then
     "$scratch/prefix/bin/velmora" --version
     "$scratch/prefix/bin/velmora" check "$root/examples/tumbling_body.toml"
 fi
