@@ -11,7 +11,8 @@ struct SimulationSettings {
     double step = 1.0e-3;      ///< first step, or every step if `fixedStep`
     bool fixedStep = false;    ///< no error control; only the last step is shortened
     double tolerance = 1.0e-6; ///< relative local error of the positions per step
-    double alpha = -0.05;      ///< numerical damping of the HHT form, in [-1/3, 0]; 0 is the trapezoidal rule
+    double alpha =
+        -0.05; ///< numerical damping of the HHT form, in [-1/3, 0], with varying steps at most -0.01
 };
 
 /// What a run did, complete also when it failed.

@@ -204,6 +204,7 @@ TEST(SimulationFailure, SettingsAreChecked) {
                                         {1.0, 0.0},
                                         {1.0, 0.1, false, -1.0},
                                         {1.0, 0.1, false, 1e-6, 0.1},
+                                        {1.0, 0.1, false, 1e-6, 0.0},
                                         {1.0, 0.1, false, 1e-6, -0.34}};
     for (const SimulationSettings& settings : wrong) {
         Input input;
