@@ -1,6 +1,7 @@
 #include "driver/ModelSections.h"
 
 #include "driver/NearName.h"
+#include "driver/SimulationSettings.h"
 #include "driver/TomlValues.h"
 
 #include <fmt/format.h>
@@ -121,7 +122,12 @@ void readSimulationSection(const toml::table& section, ModelFile& file) {
     reader.getNumber("step", &simulation.step, isPositive, "be positive");
     reader.getFlag("fixed_step", &simulation.fixedStep);
     reader.getNumber("tolerance", &simulation.tolerance, isPositive, "be positive");
-    reader.getNumber("alpha", &simulation.alpha, isHHTParameter, "lie in [-1/3, 0]");
+    const auto isDamped = [](double x) { return isHHTParameter(x) && x <= weakestDamping; };
+    if (simulation.fixedStep)
+        reader.getNumber("alpha", &simulation.alpha, isHHTParameter, "lie in [-1/3, 0]");
+    else
+        reader.getNumber("alpha", &simulation.alpha, isDamped,
+                         "lie in [-1/3, -0.01] unless fixed_step is true");
     reader.reportUnknownKeys();
 }
 

@@ -22,8 +22,7 @@ constexpr double worthwhileGrowth = 1.3; // below it the step, and with it the m
 constexpr double stepRatioAfterFailure = 0.25;
 constexpr double smallestStepShare = 1.0e-11; // of the end time; shorter ones lead nowhere
 constexpr double largestStepShare = 0.1;
-constexpr double weakestDamping = -0.01; // alpha; a varying step feeds what is damped less
-constexpr double sameTime = 1.0e-9;      // of a step: times nearer than this are one
+constexpr double sameTime = 1.0e-9; // of a step: times nearer than this are one
 
 std::string findErrorInSettings(const SimulationSettings& settings) {
     if (!(settings.endTime > 0.0) || !std::isfinite(settings.endTime))

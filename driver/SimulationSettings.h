@@ -5,6 +5,9 @@
 
 namespace velmora::driver {
 
+/// The alpha nearest to 0 that steps of controlled length take: a varying step feeds what is damped less.
+constexpr double weakestDamping = -0.01;
+
 /// What a run needs to be told. Times in seconds.
 struct SimulationSettings {
     double endTime = 0.0;      ///< must be positive; the last step ends exactly here

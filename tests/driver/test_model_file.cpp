@@ -124,8 +124,11 @@ INSTANTIATE_TEST_SUITE_P(
               "m:2: error: section [simulation], key <fixed_step>: a number where true or false belongs"},
         Fault{"[simulation]\nstep = inf",
               "m:2: error: section [simulation], key <step>: the number isn't finite"},
-        Fault{"[simulation]\nalpha = 0.1",
-              "m:2: error: section [simulation], key <alpha>: must lie in [-1/3, 0], but is 0.1"},
+        Fault{"[simulation]\nalpha = 0.0", "m:2: error: section [simulation], key <alpha>: must lie in "
+                                           "[-1/3, -0.01] unless fixed_step is true, but "
+                                           "is 0"},
+        Fault{"[simulation]\nfixed_step = true\nalpha = 0.1",
+              "m:3: error: section [simulation], key <alpha>: must lie in [-1/3, 0], but is 0.1"},
         Fault{"[simulation]\n\nendtime = 2",
               "m:3: error: section [simulation], key <endtime>: unknown key; did you mean <end_time>?"},
         Fault{"[results]\nOutputTimeStepSize = -0.5",

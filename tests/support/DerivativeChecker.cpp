@@ -241,7 +241,9 @@ void DerivativeChecker::compare(unsigned code, const Table& a, const Table& d,
             }
         }
     const double bound = tolerance * std::max(1.0, largest(d));
-    for (const auto& [where, block] : blocks) {
+    for (const auto& entry : blocks) {
+        const auto& where = entry.first;
+        const Block& block = entry.second;
         const std::string name =
             "code " + std::to_string(code) + ", rows " + where.first + ", columns " + where.second;
         const bool isKnown = std::ranges::any_of(knownDeviations, [&](const KnownDeviation& k) {

@@ -62,8 +62,8 @@ class VELMORA_EXPORT MBM_DenseStandAloneMatrix : public MBM_DenseMatrix {
     bool setDimensions(unsigned numOfRows, unsigned numOfCols);
     /// New storage filled with value, as it stands, whatever the kind of matrix. Errors as above.
     bool setDimensionsAndValue(unsigned numOfRows, unsigned numOfCols, double value);
-    /// Moves the elements to a place that is large enough, for example within one array shared by matrices that
-    /// are used together. The matrix owns its share of it. All pointers to the elements end.
+    /// Moves the elements to a place that is large enough, for example within one array shared by matrices
+    /// that are used together. The matrix owns its share of it. All pointers to the elements end.
     void moveStorage(std::shared_ptr<double[]> place);
 
   private:

@@ -3,7 +3,6 @@
 #include "velmora/platform/Export.h"
 
 #include <string>
-#include <utility>
 
 namespace velmora {
 
@@ -28,7 +27,7 @@ class VELMORA_EXPORT MBS_Item {
 
   protected:
     /// Appends the message to the error text.
-    virtual void appendErrorString(std::string message) { errorString += std::move(message); }
+    virtual void appendErrorString(std::string message) { errorString += message; }
     /// Appends the message behind the pointer; the argument stays as it is.
     virtual void appendErrorString(std::string* message) { errorString += *message; }
 
