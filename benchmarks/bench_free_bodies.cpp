@@ -113,5 +113,3 @@ BENCHMARK(matrixRefresh)->RangeMultiplier(10)->Range(10, 10000);
 
 } // namespace
 } // namespace velmora
-
-BENCHMARK_MAIN();
