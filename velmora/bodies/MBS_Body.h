@@ -14,17 +14,6 @@ namespace velmora {
 
 class MBS_ModelConstraintDofVector;
 
-/// The pieces of memory that every evaluation of a body reads and writes, so that a walk over many bodies can
-/// ask for them ahead of their use. Null and 0 where a class doesn't tell.
-struct MBS_BodyMemory {
-    const void* kinematics = nullptr;
-    std::size_t kinematicsBytes = 0;
-    const double* mass = nullptr; ///< of the blocks, in order of use: what `updateForMotion` writes
-    std::size_t massBytes = 0;
-    const double* derivatives = nullptr; ///< what `updateForJacobian` writes
-    std::size_t derivativesBytes = 0;
-};
-
 /// What every body offers the model. Coordinates: r (3, global frame), p (4 Euler parameters), modal
 /// coordinates; velocities and accelerations are the time derivatives of these very numbers.
 ///
@@ -77,8 +66,6 @@ class MBS_Body : public MBS_ModelObject {
     /// evaluation meets them; the blocks share its ownership. To be called once, before anything keeps
     /// pointers into them.
     virtual void moveStorage(const std::shared_ptr<double[]>& arena, std::size_t place);
-
-    virtual MBS_BodyMemory getMemory() const { return {}; }
 
     MBS_BodyShape getShape() const {
         return {bodyIndex, numTransDof, numRotDof, numFlexDof, numInnerConstraintDof};

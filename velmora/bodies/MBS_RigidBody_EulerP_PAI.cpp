@@ -72,13 +72,6 @@ void MBS_RigidBody_EulerP_PAI::findElements() {
                 rr(cqLi_q),     cqT->rPart->data, cqTdT->rPart->data};
 }
 
-MBS_BodyMemory MBS_RigidBody_EulerP_PAI::getMemory() const {
-    constexpr std::size_t motion = 16 + 4, jacobian = 4 + 4 * 16; // doubles
-    return {&elements,      sizeof elements + sizeof totalMass + sizeof rigidCommons,
-            elements.mass,  motion * sizeof(double),
-            elements.cqTdT, jacobian * sizeof(double)};
-}
-
 void MBS_RigidBody_EulerP_PAI::updateForMotion(double t, const P* q, const P* qd, const P* qdd) {
     rigidCommons.MBS_RigidBody_EulerP_PAI_Commons::update(t, q, qd, qdd);
     const auto& c = rigidCommons;

@@ -28,7 +28,6 @@ class MBS_RigidBody_EulerP_PAI : public MBS_Body {
     void getAccInertiaForces(const P* qdd, P* out) const override;
     void getInnerConstraintForces(const C* multipliers, P* out) const override;
     void moveStorage(const std::shared_ptr<double[]>& arena, std::size_t place) override;
-    MBS_BodyMemory getMemory() const override;
     bool isRigidBody() const override { return true; }
     bool isZeroInertiaBody() const override { return isZeroInertia; }
 

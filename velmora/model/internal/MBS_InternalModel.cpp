@@ -5,7 +5,6 @@
 #include "velmora/global_matrix/MBS_GlobalModelMatrix.h"
 #include "velmora/io/IO_DataModel.h"
 #include "velmora/model/MBS_ModelDofVector.h"
-#include "velmora/platform/Prefetch.h"
 #include "velmora/results/MBS_ResultFileManager.h"
 
 #include <algorithm>
@@ -44,12 +43,10 @@ void MBS_InternalModel::gatherStorage() {
     for (const auto& body : bodies)
         size += body->getStorageSize();
     const std::shared_ptr<double[]> arena(new double[size]);
-    adviseLargePages(arena.get(), size * sizeof(double));
     std::size_t place = 0;
     for (const auto& body : bodies) {
         body->moveStorage(arena, place);
         place += body->getStorageSize();
-        bodyMemory.push_back(body->getMemory());
     }
 }
 

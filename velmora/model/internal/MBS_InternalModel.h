@@ -1,6 +1,5 @@
 #pragma once
 
-#include "velmora/bodies/MBS_Body.h"
 #include "velmora/model/MBS_Model.h"
 #include "velmora/model/MBS_ModelLookUp.h"
 
@@ -83,14 +82,7 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
     void getCurrentStateResultFileBlock(const P* q, std::vector<double*>* blocks) override;
 
   private:
-    /// What a walk over the bodies is about to use of each.
-    enum class Use { Motion, Jacobian, Kinematics, Mass };
-    /// Calls work(body) for all bodies in order, asking for the memory of later ones ahead.
-    template <class Work>
-    void forEachBody(Use use, Work work) const;
-
     std::vector<std::unique_ptr<MBS_Body>> bodies;
-    std::vector<MBS_BodyMemory> bodyMemory; // parallel to `bodies`
     std::vector<MBS_Body*> flexBodies;
     std::unordered_map<std::string, MBS_Body*> bodyByUUID; // first body of a UUID wins
     std::vector<std::unique_ptr<MBS_Force>> forces;        // destroyed before the bodies

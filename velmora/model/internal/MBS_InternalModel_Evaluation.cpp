@@ -4,8 +4,6 @@
 #include "velmora/model/MBS_ModelDofVector.h"
 #include "velmora/model/internal/MBS_InternalModel.h"
 
-#include "velmora/platform/Prefetch.h"
-
 #include <algorithm>
 
 // What the model computes. Update operations refresh the caches of bodies, forces and constraints; get
@@ -26,28 +24,9 @@ void clearAll(MBS_ModelConstraintDofVector* v) {
 
 } // namespace
 
-// With ten thousand bodies the data lie outside the near caches; asked for a few bodies ahead, they arrive
-// while earlier bodies are worked on.
-template <class Work>
-void MBS_InternalModel::forEachBody(Use use, Work work) const {
-    constexpr std::size_t distance = 6;
-    const std::size_t n = bodies.size();
-    for (std::size_t i = 0; i < n; ++i) {
-        if (i + distance < n) {
-            const MBS_BodyMemory& next = bodyMemory[i + distance];
-            prefetch(bodies[i + distance].get(), 1); // for the virtual call
-            prefetch(next.kinematics, use == Use::Mass ? 1 : next.kinematicsBytes);
-            if (use == Use::Motion || use == Use::Mass)
-                prefetch(next.mass, next.massBytes);
-            if (use == Use::Jacobian)
-                prefetch(next.derivatives, next.derivativesBytes);
-        }
-        work(*bodies[i]);
-    }
-}
-
 void MBS_InternalModel::updateMatricesForEquationOfMotion(double t, const P* q, const P* qd, const P* qdd) {
-    forEachBody(Use::Motion, [&](MBS_Body& body) { body.updateForMotion(t, q, qd, qdd); });
+    for (const auto& body : bodies)
+        body->updateForMotion(t, q, qd, qdd);
 }
 
 void MBS_InternalModel::updateMatricesForEquationOfMotionAndComputeResiduumForConstrDOF(double t, const P* q,
@@ -61,7 +40,8 @@ void MBS_InternalModel::updateMatricesForEquationOfMotionAndComputeResiduumForCo
 
 void MBS_InternalModel::updateMatricesForJacobian(double t, const P* q, const P* qd, const P* qdd,
                                                   const C* multipliers) {
-    forEachBody(Use::Jacobian, [&](MBS_Body& body) { body.updateForJacobian(t, q, qd, qdd, multipliers); });
+    for (const auto& body : bodies)
+        body->updateForJacobian(t, q, qd, qdd, multipliers);
     for (const auto& force : forces)
         force->updateMatricesForJacobian(t, q, qd, qdd);
 }
@@ -85,11 +65,13 @@ void MBS_InternalModel::updateForKinematicSolverAndComputeBbar(const P* q, P* ou
 }
 
 void MBS_InternalModel::getAccInertiaForces(const P* qdd, P* out) {
-    forEachBody(Use::Mass, [&](MBS_Body& body) { body.getAccInertiaForces(qdd, out); });
+    for (const auto& body : bodies)
+        body->getAccInertiaForces(qdd, out);
 }
 
 void MBS_InternalModel::getVelInertiaForces(const P* q, const P* qd, P* out) {
-    forEachBody(Use::Kinematics, [&](MBS_Body& body) { body.getVelInertiaForces(q, qd, out); });
+    for (const auto& body : bodies)
+        body->getVelInertiaForces(q, qd, out);
 }
 
 // A rigid body has no such forces.
@@ -106,7 +88,8 @@ void MBS_InternalModel::getDampingForces(const P* qd, P* out) {
 }
 
 void MBS_InternalModel::getConstraintForces(const C* multipliers, P* out) {
-    forEachBody(Use::Mass, [&](MBS_Body& body) { body.getInnerConstraintForces(multipliers, out); });
+    for (const auto& body : bodies)
+        body->getInnerConstraintForces(multipliers, out);
 }
 
 void MBS_InternalModel::getExternalForces(double t, const P* q, const P* qd, const P*, P* out) {
