@@ -14,6 +14,11 @@ namespace {
 using P = MBS_ModelPhysicalDofVector;
 using C = MBS_ModelConstraintDofVector;
 
+std::size_t bytesInUse() {
+    const auto info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
 void addBody(IO_DataModel& data, unsigned i) {
     const std::string name = "body" + std::to_string(i);
     IO_DataModelBlock* block = data.addBlock("Body", "Rigid_EulerParameter_PAI", name, name, "");
@@ -35,9 +40,9 @@ class System {
         for (unsigned i = 0; i < numBodies; ++i)
             addBody(data, i);
         data.addBlock("Force", "Gravity", "g", "g", "")->addKeyValue("GravityAccVector", "0, 0, -9.81");
-        const std::size_t before = mallinfo2().uordblks;
+        const std::size_t before = bytesInUse();
         model.reset(MBS_Model::makeModel(&data, &output));
-        modelBytes = mallinfo2().uordblks - before;
+        modelBytes = bytesInUse() - before;
         q = std::make_unique<P>(model.get());
         qd = std::make_unique<P>(model.get());
         qdd = std::make_unique<P>(model.get());
@@ -48,7 +53,7 @@ class System {
             rows{0, 0, 0, 0, 0, 0, 0, 0, 0, 1}, cols{0, 0, 0, 0, 0, 0, 0, 0, 1, 0};
         const std::vector<double> weights(types.size(), 0.5);
         matrix.reset(model->createModelRelatedMatrix(2, 2, &types, &rows, &cols, &weights, false));
-        allBytes = mallinfo2().uordblks - before;
+        allBytes = bytesInUse() - before;
         model->copyInitialDataIntoPhysicalDofVector(q.get(), qd.get());
         std::fill_n(qdd->dofVector->data, qdd->getNumOfDof(), 0.3);
         std::fill_n(lambda->dofVector->data, lambda->getNumOfConstraints(), 0.2);

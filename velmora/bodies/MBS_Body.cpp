@@ -1,5 +1,6 @@
 #include "velmora/bodies/MBS_Body.h"
 
+#include "velmora/bodies/MBS_BodyGroup.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/model/BlockProducts.h"
 #include "velmora/model/MBS_ModelDofVector.h"
@@ -56,35 +57,11 @@ void MBS_Body::getInnerConstraintForces(const C* multipliers, P* out) const {
     addProduct(*cqT, &lambda, out->bodyData(bodyIndex));
 }
 
-std::vector<MBM_DenseStandAloneMatrix*> MBS_Body::blocksInOrderOfUse() const {
-    std::vector<MBM_DenseStandAloneMatrix*> blocks;
-    const auto add = [&](MBM_DenseMatrix* block) {
-        if (auto* owner = dynamic_cast<MBM_DenseStandAloneMatrix*>(block))
-            blocks.push_back(owner);
-    };
-    add(massMatrix->block[Rot][Rot].get());
-    add(cqT->rPart.get());
-    add(cqTdT->rPart.get());
-    for (const auto* matrix :
-         {&massMatrix, &mQdd_q, &qvv_q, &qvv_qd, &cqLi_q, &stiffnessBlock, &dampingBlock})
-        for (unsigned k = 0; *matrix && k < 9; ++k)
-            if (*matrix != massMatrix || k / 3 != Rot || k % 3 != Rot)
-                add((*matrix)->block[k / 3][k % 3].get());
-    return blocks;
-}
-
-std::size_t MBS_Body::getStorageSize() const {
-    std::size_t size = 0;
-    for (const MBM_DenseStandAloneMatrix* block : blocksInOrderOfUse())
-        size += std::size_t{block->rows} * block->cols;
-    return size;
-}
-
-void MBS_Body::moveStorage(const std::shared_ptr<double[]>& arena, std::size_t place) {
-    for (MBM_DenseStandAloneMatrix* block : blocksInOrderOfUse()) {
-        block->moveStorage(std::shared_ptr<double[]>(arena, arena.get() + place));
-        place += std::size_t{block->rows} * block->cols;
-    }
+std::shared_ptr<MBS_BodyGroup> MBS_Body::makeGroup(std::span<const std::unique_ptr<MBS_Body>> bodies) {
+    std::vector<MBS_Body*> members;
+    for (const auto& body : bodies)
+        members.push_back(body.get());
+    return std::make_shared<MBS_BodyGroup>(std::move(members));
 }
 
 void MBS_Body::getMqddDqTimesW(const P* w, P* Q) {

@@ -8,10 +8,12 @@
 #include "velmora/model/MBS_ModelObject.h"
 
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace velmora {
 
+class MBS_BodyGroup;
 class MBS_ModelConstraintDofVector;
 
 /// What every body offers the model. Coordinates: r (3, global frame), p (4 Euler parameters), modal
@@ -60,12 +62,9 @@ class MBS_Body : public MBS_ModelObject {
     /// over active actors of J' W (target - r - A u) with J = [1, J(p, u)].
     void computeBbar(const P* q, P* out) const;
 
-    /// Number of doubles that the elements of all blocks take.
-    std::size_t getStorageSize() const;
-    /// Moves the elements of all blocks into `arena` from index `place` on, in the order in which an
-    /// evaluation meets them; the blocks share its ownership. To be called once, before anything keeps
-    /// pointers into them.
-    virtual void moveStorage(const std::shared_ptr<double[]>& arena, std::size_t place);
+    /// Group of these bodies: this one and those after it, all of one class. To be called once, before
+    /// anything keeps pointers to the commons or to the elements of blocks, which may move.
+    virtual std::shared_ptr<MBS_BodyGroup> makeGroup(std::span<const std::unique_ptr<MBS_Body>> bodies);
 
     MBS_BodyShape getShape() const {
         return {bodyIndex, numTransDof, numRotDof, numFlexDof, numInnerConstraintDof};
@@ -77,7 +76,7 @@ class MBS_Body : public MBS_ModelObject {
     bool regardVelocityInertiaForcesInsideJacobian = true;
     std::vector<double> initialPositions, initialVelocities; ///< over all coordinates of the body
     std::unique_ptr<MBS_BodyParameter> parameter;
-    MBS_BodyCommons* commons = nullptr; ///< a member of the concrete body; null if its construction failed
+    MBS_BodyCommons* commons = nullptr; ///< not owned; null if the construction failed
 
     // Derivative blocks; null where a class has none.
     Matrix massMatrix;     ///< M
@@ -104,8 +103,6 @@ class MBS_Body : public MBS_ModelObject {
   protected:
     /// Sets `position` and `rotationMatrix` from the initial coordinates.
     void updateInitialPose();
-    /// Blocks whose elements `moveStorage` moves, in order.
-    virtual std::vector<MBM_DenseStandAloneMatrix*> blocksInOrderOfUse() const;
     /// Clears the body's part of Q.
     void clear(P* Q) const;
 };

@@ -5,10 +5,7 @@
 namespace velmora {
 
 void MBS_BodyCommons::update(double, const P* q, const P* qd, const P*) {
-    p = Vec4::from(q->bodyData(bodyIndex) + 3);
-    dp = Vec4::from(qd->bodyData(bodyIndex) + 3);
-    omegaBar = Gbar() * dp;
-    A = velmora::A(p);
+    setState(Vec4::from(q->bodyData(bodyIndex) + 3), Vec4::from(qd->bodyData(bodyIndex) + 3));
 }
 
 void MBS_BodyCommons::updateRotationMatrix(const P* q) {

@@ -14,8 +14,6 @@ class MBS_BodyCommons {
     using P = MBS_ModelPhysicalDofVector;
 
     explicit MBS_BodyCommons(unsigned index) : bodyIndex(index) {}
-    MBS_BodyCommons(const MBS_BodyCommons&) = delete;
-    MBS_BodyCommons& operator=(const MBS_BodyCommons&) = delete;
     virtual ~MBS_BodyCommons() = default;
 
     virtual std::string getClassName() const { return "MBS_BodyCommons"; }
@@ -35,9 +33,20 @@ class MBS_BodyCommons {
     Mat34 GbarDot() const { return velmora::Gbar(dp); }
 
     unsigned bodyIndex;
-    Vec4 p, dp;    ///< Euler parameters and their rates
-    Vec3 omegaBar; ///< angular velocity, body frame
     Mat3 A;        ///< body frame to global frame
+    Vec4 dp, p;    ///< Euler parameters and their rates
+    Vec3 omegaBar; ///< angular velocity, body frame
+
+  protected:
+    MBS_BodyCommons(const MBS_BodyCommons&) = default;
+    MBS_BodyCommons& operator=(const MBS_BodyCommons&) = default;
+
+    void setState(const Vec4& eulerParameters, const Vec4& rates) {
+        p = eulerParameters;
+        dp = rates;
+        omegaBar = Gbar() * dp;
+        A = velmora::A(p);
+    }
 };
 
 } // namespace velmora

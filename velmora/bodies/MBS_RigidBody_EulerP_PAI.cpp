@@ -2,19 +2,15 @@
 
 #include "velmora/bodies/MBS_RigidBody_EulerP_PAI_Matrix.h"
 #include "velmora/bodies/MBS_RotationMath.h"
-#include "velmora/bodies/RigidBodyFormulas.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/matrix/MBM_DenseMatrix.h"
 #include "velmora/model/MBS_Math.h"
 #include "velmora/model/MBS_ModelDofVector.h"
 
-#include <algorithm>
-
 namespace velmora {
 
 MBS_RigidBody_EulerP_PAI::MBS_RigidBody_EulerP_PAI(IO_DataModelBlock* block, MBS_Model* owner, unsigned index)
-    : MBS_Body(block, owner, index, 0),
-      rigidCommons(index) {
+    : MBS_Body(block, owner, index, 0) {
     double mass = 0.0;
     Vec3 inertia, omega;
     MBM_GeneralDenseMatrix orientation(3, 3, 0.0);
@@ -30,13 +26,13 @@ MBS_RigidBody_EulerP_PAI::MBS_RigidBody_EulerP_PAI(IO_DataModelBlock* block, MBS
     setInitialRotation(Mat3::from(orientation.data), omega);
 
     auto ownParameter = std::make_unique<MBS_RigidBody_EulerP_PAI_Parameter>(mass, inertia);
-    rigidCommons.setParameter(*ownParameter);
+    MBS_RigidBody_EulerP_PAI_Commons ownCommons(bodyIndex);
+    ownCommons.setParameter(*ownParameter);
     parameter = std::move(ownParameter);
-    commons = &rigidCommons;
     isZeroInertia = mass == 0.0;
-    totalMass = mass;
-    createBlocks();
-    findElements();
+    rigidCommons = &ownCommons;
+    createBlocks(mass);
+    join(std::make_shared<MBS_RigidBodyGroup>(bodyIndex, 1), mass, ownCommons);
     updateInitialPose();
 }
 
@@ -48,80 +44,71 @@ void MBS_RigidBody_EulerP_PAI::setInitialRotation(const Mat3& orientation, const
     MBS_RotationMath::omegaBarToEulerRates(omegaBar, Vec4::from(p)).to(initialVelocities.data() + 3);
 }
 
-void MBS_RigidBody_EulerP_PAI::createBlocks() {
-    const auto& c = rigidCommons;
+void MBS_RigidBody_EulerP_PAI::createBlocks(double mass) {
     const MBS_BodyShape shape = getShape();
-    massMatrix = std::make_unique<MBS_RigidBody_EulerP_PAI_MassMatrix>(shape, c, totalMass);
-    mQdd_q = std::make_unique<MBS_RigidBody_EulerP_PAI_MQdd_q>(shape, c);
-    qvv_q = std::make_unique<MBS_RigidBody_EulerP_PAI_Qvv_q>(shape, c);
-    qvv_qd = std::make_unique<MBS_RigidBody_EulerP_PAI_Qvv_qd>(shape, c);
-    cqLi_q = std::make_unique<MBS_RigidBody_EulerP_PAI_CqLi_q>(shape, c);
-    aBar4KinSolver = std::make_unique<MBS_RigidBody_EulerP_PAI_ABar4KinSolver>(shape, c, actors);
+    massMatrix = std::make_unique<MBS_RigidBody_EulerP_PAI_MassMatrix>(shape, rigidCommons, mass);
+    mQdd_q = std::make_unique<MBS_RigidBody_EulerP_PAI_MQdd_q>(shape, rigidCommons);
+    qvv_q = std::make_unique<MBS_RigidBody_EulerP_PAI_Qvv_q>(shape, rigidCommons);
+    qvv_qd = std::make_unique<MBS_RigidBody_EulerP_PAI_Qvv_qd>(shape, rigidCommons);
+    cqLi_q = std::make_unique<MBS_RigidBody_EulerP_PAI_CqLi_q>(shape, rigidCommons);
+    aBar4KinSolver = std::make_unique<MBS_RigidBody_EulerP_PAI_ABar4KinSolver>(shape, rigidCommons, actors);
     cqT = std::make_unique<MBS_RiBo_PAI_CqT>(shape);
     cqTdT = std::make_unique<MBS_RiBo_PAI_CqTdT>(shape);
 }
 
-void MBS_RigidBody_EulerP_PAI::moveStorage(const std::shared_ptr<double[]>& arena, std::size_t place) {
-    MBS_Body::moveStorage(arena, place);
-    findElements();
+void MBS_RigidBody_EulerP_PAI::join(const std::shared_ptr<MBS_RigidBodyGroup>& newGroup, double mass,
+                                    const MBS_RigidBody_EulerP_PAI_Commons& currentCommons) {
+    newGroup->add(currentCommons, {mass, initialNormOffset, regardVelocityInertiaForcesInsideJacobian});
+    group = newGroup;
+    place = group->commons.size() - 1;
+    rigidCommons = &group->commons[place];
+    commons = rigidCommons;
+    const auto aim = [&](const MBS_GeneralBodyBodyMatrix::Block& block, auto& elements) {
+        if (auto* owner = dynamic_cast<MBM_DenseStandAloneMatrix*>(block.get()))
+            owner->moveStorage(std::shared_ptr<double[]>(group, elements.data.data()));
+    };
+    auto& jacobian = group->jacobian[place];
+    aim(massMatrix->block[Trans][Trans], group->massTrans[place]);
+    aim(massMatrix->block[Rot][Rot], group->massRot[place]);
+    aim(mQdd_q->block[Rot][Rot], jacobian.mQdd_q);
+    aim(qvv_q->block[Rot][Rot], jacobian.qvv_q);
+    aim(qvv_qd->block[Rot][Rot], jacobian.qvv_qd);
+    aim(cqLi_q->block[Rot][Rot], jacobian.cqLi_q);
+    aim(cqT->rPart, group->cqT[place]);
+    aim(cqTdT->rPart, jacobian.cqTdT);
 }
 
-void MBS_RigidBody_EulerP_PAI::findElements() {
-    const auto rr = [](const Matrix& m) { return m->block[Rot][Rot] ? m->block[Rot][Rot]->data : nullptr; };
-    elements = {rr(massMatrix), rr(mQdd_q),       rr(qvv_q),         rr(qvv_qd),
-                rr(cqLi_q),     cqT->rPart->data, cqTdT->rPart->data};
+std::shared_ptr<MBS_BodyGroup>
+MBS_RigidBody_EulerP_PAI::makeGroup(std::span<const std::unique_ptr<MBS_Body>> bodies) {
+    auto common = std::make_shared<MBS_RigidBodyGroup>(bodyIndex, bodies.size());
+    for (const auto& body : bodies) {
+        auto& rigid = dynamic_cast<MBS_RigidBody_EulerP_PAI&>(*body);
+        const auto own = rigid.group; // outlives the move
+        rigid.join(common, rigid.getMass(), *rigid.rigidCommons);
+    }
+    return common;
 }
 
-void MBS_RigidBody_EulerP_PAI::updateForMotion(double t, const P* q, const P* qd, const P* qdd) {
-    rigidCommons.MBS_RigidBody_EulerP_PAI_Commons::update(t, q, qd, qdd);
-    const auto& c = rigidCommons;
-    (2.0 * c.p).to(elements.cqT);
-    if (!isZeroInertia)
-        rigid::massBlock(c.Ibar, c.p).to(elements.mass);
+void MBS_RigidBody_EulerP_PAI::updateForMotion(double, const P* q, const P* qd, const P*) {
+    group->updateForMotion(place, q->bodyData(bodyIndex), qd->bodyData(bodyIndex));
 }
 
 void MBS_RigidBody_EulerP_PAI::updateForJacobian(double, const P*, const P*, const P* qdd,
                                                  const C* multipliers) {
-    const auto& c = rigidCommons;
-    const double lambda = multipliers->innerEquationOfBody(bodyIndex);
-    for (unsigned i = 0; i < 4; ++i)
-        elements.cqLi_q[5 * i] = 2.0 * lambda;
-    (2.0 * c.dp).to(elements.cqTdT);
-    if (isZeroInertia)
-        return;
-    const Vec4 a = Vec4::from(qdd->bodyData(bodyIndex) + 3);
-    rigid::inertiaForce_q(c.Ibar, c.p, a).to(elements.mQdd_q);
-    if (!regardVelocityInertiaForcesInsideJacobian)
-        return;
-    const Mat3 gyroscopic = c.gyroscopicMatrix();
-    const Vec3 wxn = cross(c.omegaBar, c.IbarOmegaBar);
-    rigid::velInertiaForce_q(c.p, c.dp, gyroscopic, wxn).to(elements.qvv_q);
-    rigid::velInertiaForce_qd(c.p, gyroscopic).to(elements.qvv_qd);
+    group->updateForJacobian(place, qdd->bodyData(bodyIndex), multipliers->innerEquationOfBody(bodyIndex));
 }
 
 void MBS_RigidBody_EulerP_PAI::getAccInertiaForces(const P* qdd, P* out) const {
-    const double* a = qdd->bodyData(bodyIndex);
-    double* result = out->bodyData(bodyIndex);
-    (totalMass * Vec3::from(a)).to(result);
-    if (isZeroInertia)
-        Vec4().to(result + 3);
-    else
-        (Mat4::from(elements.mass) * Vec4::from(a + 3)).to(result + 3);
+    group->getAccInertiaForces(place, qdd->bodyData(bodyIndex), out->bodyData(bodyIndex));
 }
 
 void MBS_RigidBody_EulerP_PAI::getInnerConstraintForces(const C* multipliers, P* out) const {
-    double* result = out->bodyData(bodyIndex);
-    Vec3().to(result);
-    (multipliers->innerEquationOfBody(bodyIndex) * Vec4::from(elements.cqT)).to(result + 3);
+    group->getInnerConstraintForces(place, multipliers->innerEquationOfBody(bodyIndex),
+                                    out->bodyData(bodyIndex));
 }
 
-// The translational part vanishes since the reference point is the centre of mass.
 void MBS_RigidBody_EulerP_PAI::getVelInertiaForces(const P*, const P*, P* Q) {
-    clear(Q);
-    if (isZeroInertia)
-        return;
-    const auto& c = rigidCommons;
-    rigid::velInertiaForce(c.p, c.omegaBar, c.IbarOmegaBar).to(Q->bodyData(bodyIndex) + 3);
+    group->getVelInertiaForces(place, Q->bodyData(bodyIndex));
 }
 
 void MBS_RigidBody_EulerP_PAI::getElasticForces(const P*, P* Q) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "velmora/bodies/MBS_Body.h"
-#include "velmora/bodies/MBS_RigidBody_EulerP_PAI_Commons.h"
+#include "velmora/bodies/MBS_RigidBodyGroup.h"
 
 namespace velmora {
 
@@ -27,7 +27,7 @@ class MBS_RigidBody_EulerP_PAI : public MBS_Body {
     void updateForJacobian(double t, const P* q, const P* qd, const P* qdd, const C* multipliers) override;
     void getAccInertiaForces(const P* qdd, P* out) const override;
     void getInnerConstraintForces(const C* multipliers, P* out) const override;
-    void moveStorage(const std::shared_ptr<double[]>& arena, std::size_t place) override;
+    std::shared_ptr<MBS_BodyGroup> makeGroup(std::span<const std::unique_ptr<MBS_Body>> bodies) override;
     bool isRigidBody() const override { return true; }
     bool isZeroInertiaBody() const override { return isZeroInertia; }
 
@@ -35,19 +35,14 @@ class MBS_RigidBody_EulerP_PAI : public MBS_Body {
 
   private:
     void setInitialRotation(const Mat3& orientation, const Vec3& omega);
-    void createBlocks();
-    void findElements();
+    void createBlocks(double mass);
+    /// Adds its numbers to the group and aims the blocks into it.
+    void join(const std::shared_ptr<MBS_RigidBodyGroup>& newGroup, double mass,
+              const MBS_RigidBody_EulerP_PAI_Commons& currentCommons);
 
-    /// Where the elements of the blocks lie, so that an evaluation reaches them without the blocks' headers.
-    /// The formulas are those of the blocks' own `update`. Null for what a massless body lacks.
-    struct Elements {
-        double *mass, *mQdd_q, *qvv_q, *qvv_qd; // 4x4
-        double* cqLi_q;                         // 4x4 diagonal
-        double *cqT, *cqTdT;                    // 4x1
-    };
-    Elements elements{};
-    double totalMass = 0.0;
-    MBS_RigidBody_EulerP_PAI_Commons rigidCommons;
+    std::shared_ptr<MBS_RigidBodyGroup> group;                // all numbers of an evaluation
+    std::size_t place = 0;                                    // in the group
+    MBS_RigidBody_EulerP_PAI_Commons* rigidCommons = nullptr; // in the group
 };
 
 } // namespace velmora

@@ -1,6 +1,7 @@
 #include "velmora/bodies/MBS_RigidBody_EulerP_PAI_Commons.h"
 
 #include "velmora/bodies/RigidBodyFormulas.h"
+#include "velmora/model/MBS_ModelDofVector.h"
 
 #include <algorithm>
 
@@ -16,11 +17,8 @@ void MBS_RigidBody_EulerP_PAI_Commons::setParameter(const MBS_RigidBody_EulerP_P
     isMassless = parameter.mass == 0.0;
 }
 
-void MBS_RigidBody_EulerP_PAI_Commons::update(double time, const P* q, const P* qd, const P* qdd) {
-    MBS_BodyCommons::update(time, q, qd, qdd);
-    if (isMassless)
-        return;
-    IbarOmegaBar = diagTimes(Ibar, omegaBar);
+void MBS_RigidBody_EulerP_PAI_Commons::update(double, const P* q, const P* qd, const P*) {
+    setState(Vec4::from(q->bodyData(bodyIndex) + 3), Vec4::from(qd->bodyData(bodyIndex) + 3));
 }
 
 Mat3 MBS_RigidBody_EulerP_PAI_Commons::gyroscopicMatrix() const {

@@ -26,11 +26,17 @@ class MBS_RigidBody_EulerP_PAI_Commons : public MBS_BodyCommons {
     void setParameter(const MBS_RigidBody_EulerP_PAI_Parameter& parameter);
     std::string getClassName() const override { return "MBS_RigidBody_EulerP_PAI_Commons"; }
     void update(double time, const P* q, const P* qd, const P* qdd) override;
+    /// `update` from the Euler parameters and their rates.
+    void setState(const Vec4& eulerParameters, const Vec4& rates) {
+        MBS_BodyCommons::setState(eulerParameters, rates);
+        if (!isMassless)
+            IbarOmegaBar = diagTimes(Ibar, omegaBar);
+    }
     /// tilde(w) I - tilde(I w): the derivative of w x I w with respect to w.
     Mat3 gyroscopicMatrix() const;
 
-    Vec3 Ibar;         ///< I1, I2, I3
     Vec3 IbarOmegaBar; ///< diag(I) omegaBar: angular momentum about the centre of mass, body frame
+    Vec3 Ibar;         ///< I1, I2, I3
     bool isMassless = false;
 };
 

@@ -13,68 +13,68 @@
 namespace velmora {
 
 void MBS_RigidBody_EulerP_PAI_Matrix::keepRotational() {
-    if (commons->isMassless)
+    if (commons().isMassless)
         keepOnly({});
     else
         keepOnly({{Rot, Rot}});
 }
 
-MBS_RigidBody_EulerP_PAI_MassMatrix::MBS_RigidBody_EulerP_PAI_MassMatrix(
-    const MBS_BodyShape& shape, const MBS_RigidBody_EulerP_PAI_Commons& c, double mass)
+MBS_RigidBody_EulerP_PAI_MassMatrix::MBS_RigidBody_EulerP_PAI_MassMatrix(const MBS_BodyShape& shape,
+                                                                         const CommonsPlace& c, double mass)
     : MBS_RigidBody_EulerP_PAI_Matrix(shape, c) {
     keepRotational();
-    if (c.isMassless)
+    if (c->isMassless)
         return;
     setBlockMatrix(Trans, Trans, "MBM_DiagonalDenseMatrix", 3, 3, mass);
     setBlockMatrix(Rot, Rot, "MBM_SymmetricDenseMatrix", 4, 4, 0.0);
 }
 
 void MBS_RigidBody_EulerP_PAI_MassMatrix::update(double, const P*, const P*, const P*, const C*) {
-    if (!commons->isMassless)
-        rigid::massBlock(commons->Ibar, commons->p).to(rr()); // (1)
+    if (!commons().isMassless)
+        rigid::massBlock(commons().Ibar, commons().p).to(rr()); // (1)
 }
 
 MBS_RigidBody_EulerP_PAI_MQdd_q::MBS_RigidBody_EulerP_PAI_MQdd_q(const MBS_BodyShape& shape,
-                                                                 const MBS_RigidBody_EulerP_PAI_Commons& c)
+                                                                 const CommonsPlace& c)
     : MBS_RigidBody_EulerP_PAI_Matrix(shape, c) {
     keepRotational();
 }
 
 void MBS_RigidBody_EulerP_PAI_MQdd_q::update(double, const P*, const P*, const P* qdd, const C*) {
-    if (commons->isMassless)
+    if (commons().isMassless)
         return;
     const Vec4 a = Vec4::from(qdd->bodyData(bodyIndex) + 3);
-    rigid::inertiaForce_q(commons->Ibar, commons->p, a).to(rr()); // (2)
+    rigid::inertiaForce_q(commons().Ibar, commons().p, a).to(rr()); // (2)
 }
 
 MBS_RigidBody_EulerP_PAI_Qvv_q::MBS_RigidBody_EulerP_PAI_Qvv_q(const MBS_BodyShape& shape,
-                                                               const MBS_RigidBody_EulerP_PAI_Commons& c)
+                                                               const CommonsPlace& c)
     : MBS_RigidBody_EulerP_PAI_Matrix(shape, c) {
     keepRotational();
 }
 
 void MBS_RigidBody_EulerP_PAI_Qvv_q::update(double, const P*, const P*, const P*, const C*) {
-    if (commons->isMassless)
+    if (commons().isMassless)
         return;
-    const auto& c = *commons;
+    const auto& c = commons();
     const Vec3 wxn = cross(c.omegaBar, c.IbarOmegaBar);
     rigid::velInertiaForce_q(c.p, c.dp, c.gyroscopicMatrix(), wxn).to(rr()); // (4)
 }
 
 MBS_RigidBody_EulerP_PAI_Qvv_qd::MBS_RigidBody_EulerP_PAI_Qvv_qd(const MBS_BodyShape& shape,
-                                                                 const MBS_RigidBody_EulerP_PAI_Commons& c)
+                                                                 const CommonsPlace& c)
     : MBS_RigidBody_EulerP_PAI_Matrix(shape, c) {
     keepRotational();
 }
 
 void MBS_RigidBody_EulerP_PAI_Qvv_qd::update(double, const P*, const P*, const P*, const C*) {
-    if (commons->isMassless)
+    if (commons().isMassless)
         return;
-    rigid::velInertiaForce_qd(commons->p, commons->gyroscopicMatrix()).to(rr()); // (5)
+    rigid::velInertiaForce_qd(commons().p, commons().gyroscopicMatrix()).to(rr()); // (5)
 }
 
 MBS_RigidBody_EulerP_PAI_CqLi_q::MBS_RigidBody_EulerP_PAI_CqLi_q(const MBS_BodyShape& shape,
-                                                                 const MBS_RigidBody_EulerP_PAI_Commons& c)
+                                                                 const CommonsPlace& c)
     : MBS_RigidBody_EulerP_PAI_Matrix(shape, c) {
     keepOnly({});
     setBlockMatrix(Rot, Rot, "MBM_DiagonalDenseMatrix", 4, 4, 0.0);
@@ -87,8 +87,7 @@ void MBS_RigidBody_EulerP_PAI_CqLi_q::update(double, const P*, const P*, const P
 }
 
 MBS_RigidBody_EulerP_PAI_ABar4KinSolver::MBS_RigidBody_EulerP_PAI_ABar4KinSolver(
-    const MBS_BodyShape& shape, const MBS_RigidBody_EulerP_PAI_Commons& c,
-    const std::vector<MBS_ActorPull*>& bodyActors)
+    const MBS_BodyShape& shape, const CommonsPlace& c, const std::vector<MBS_ActorPull*>& bodyActors)
     : MBS_RigidBody_EulerP_PAI_Matrix(shape, c),
       actors(&bodyActors) {}
 

@@ -113,7 +113,7 @@ class VELMORA_EXPORT MBS_ModelConstraintDofVector : public MBS_ModelDofVector {
 
     /// The inner equation of a body. Every body of a model has one, and these stand first.
     double& innerEquationOfBody(unsigned body) { return dofVector->data[body]; }
-    double innerEquationOfBody(unsigned body) const { return dofVector->data[body]; }
+    const double& innerEquationOfBody(unsigned body) const { return dofVector->data[body]; }
 
     std::unique_ptr<MBM_DenseStandAloneVector> dofVector; ///< the whole vector; null without equations
     View innerConstraints;                                ///< all inner equations; null if there are none

@@ -1,6 +1,7 @@
 #include "velmora/model/internal/MBS_InternalModel.h"
 
 #include "velmora/bodies/MBS_Body.h"
+#include "velmora/bodies/MBS_BodyGroup.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/global_matrix/MBS_GlobalModelMatrix.h"
 #include "velmora/io/IO_DataModel.h"
@@ -38,15 +39,13 @@ void MBS_InternalModel::addForce(std::unique_ptr<MBS_Force> force) {
     forces.push_back(std::move(force));
 }
 
-void MBS_InternalModel::gatherStorage() {
-    std::size_t size = 0;
-    for (const auto& body : bodies)
-        size += body->getStorageSize();
-    const std::shared_ptr<double[]> arena(new double[size]);
-    std::size_t place = 0;
-    for (const auto& body : bodies) {
-        body->moveStorage(arena, place);
-        place += body->getStorageSize();
+void MBS_InternalModel::groupBodies() {
+    const std::span all(bodies);
+    for (std::size_t first = 0, end = 0; first < all.size(); first = end) {
+        const std::string className = all[first]->getClassName();
+        while (end < all.size() && all[end]->getClassName() == className)
+            ++end;
+        bodyGroups.push_back(all[first]->makeGroup(all.subspan(first, end - first)));
     }
 }
 

@@ -10,6 +10,8 @@
 
 namespace velmora {
 
+class MBS_BodyGroup;
+
 /// The concrete model: owns all objects, in the order of their blocks, and answers the solver by walking
 /// them. Lists are filled once and never change. It knows the roots of the families, not their concrete
 /// classes.
@@ -33,9 +35,9 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
     /// Keeps the place of a data object that could not be made.
     void addDataObjectUUID(const std::string& uuid) { dataObjectUUIDs.push_back(uuid); }
     void sumUpDof();
-    /// Moves the blocks' elements of all bodies into one array, body after body. Once, when all bodies are
-    /// there.
-    void gatherStorage();
+    /// Gathers neighbouring bodies of one class into groups. Once, when all bodies are there and nothing
+    /// else.
+    void groupBodies();
 
     MBS_GlobalModelMatrix*
     createModelRelatedMatrix(unsigned numBlockRows, unsigned numBlockCols, const std::vector<unsigned>* types,
@@ -83,6 +85,7 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
 
   private:
     std::vector<std::unique_ptr<MBS_Body>> bodies;
+    std::vector<std::shared_ptr<MBS_BodyGroup>> bodyGroups;
     std::vector<MBS_Body*> flexBodies;
     std::unordered_map<std::string, MBS_Body*> bodyByUUID; // first body of a UUID wins
     std::vector<std::unique_ptr<MBS_Force>> forces;        // destroyed before the bodies

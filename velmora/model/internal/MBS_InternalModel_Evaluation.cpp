@@ -1,4 +1,5 @@
 #include "velmora/bodies/MBS_Body.h"
+#include "velmora/bodies/MBS_BodyGroup.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/model/BlockProducts.h"
 #include "velmora/model/MBS_ModelDofVector.h"
@@ -25,8 +26,8 @@ void clearAll(MBS_ModelConstraintDofVector* v) {
 } // namespace
 
 void MBS_InternalModel::updateMatricesForEquationOfMotion(double t, const P* q, const P* qd, const P* qdd) {
-    for (const auto& body : bodies)
-        body->updateForMotion(t, q, qd, qdd);
+    for (const auto& group : bodyGroups)
+        group->updateForMotion(t, q, qd, qdd);
 }
 
 void MBS_InternalModel::updateMatricesForEquationOfMotionAndComputeResiduumForConstrDOF(double t, const P* q,
@@ -40,8 +41,8 @@ void MBS_InternalModel::updateMatricesForEquationOfMotionAndComputeResiduumForCo
 
 void MBS_InternalModel::updateMatricesForJacobian(double t, const P* q, const P* qd, const P* qdd,
                                                   const C* multipliers) {
-    for (const auto& body : bodies)
-        body->updateForJacobian(t, q, qd, qdd, multipliers);
+    for (const auto& group : bodyGroups)
+        group->updateForJacobian(t, q, qd, qdd, multipliers);
     for (const auto& force : forces)
         force->updateMatricesForJacobian(t, q, qd, qdd);
 }
@@ -65,13 +66,13 @@ void MBS_InternalModel::updateForKinematicSolverAndComputeBbar(const P* q, P* ou
 }
 
 void MBS_InternalModel::getAccInertiaForces(const P* qdd, P* out) {
-    for (const auto& body : bodies)
-        body->getAccInertiaForces(qdd, out);
+    for (const auto& group : bodyGroups)
+        group->getAccInertiaForces(qdd, out);
 }
 
 void MBS_InternalModel::getVelInertiaForces(const P* q, const P* qd, P* out) {
-    for (const auto& body : bodies)
-        body->getVelInertiaForces(q, qd, out);
+    for (const auto& group : bodyGroups)
+        group->getVelInertiaForces(q, qd, out);
 }
 
 // A rigid body has no such forces.
@@ -88,8 +89,8 @@ void MBS_InternalModel::getDampingForces(const P* qd, P* out) {
 }
 
 void MBS_InternalModel::getConstraintForces(const C* multipliers, P* out) {
-    for (const auto& body : bodies)
-        body->getInnerConstraintForces(multipliers, out);
+    for (const auto& group : bodyGroups)
+        group->getInnerConstraintForces(multipliers, out);
 }
 
 void MBS_InternalModel::getExternalForces(double t, const P* q, const P* qd, const P*, P* out) {
@@ -133,8 +134,8 @@ void MBS_InternalModel::getConstraintForceDqTimesW(const P* w, P* out) {
 }
 
 void MBS_InternalModel::getAndUpdateConstraints(double, const P* q, const P*, const P*, C* out) {
-    for (const auto& body : bodies)
-        out->innerEquationOfBody(body->bodyIndex) = body->getNormResidual(q);
+    for (const auto& group : bodyGroups)
+        group->getNormResiduals(q, out);
 }
 
 void MBS_InternalModel::getCqdT_Mult_Qd(const P* q, const P* qd, const P*, C* out) {

@@ -53,10 +53,13 @@ void MBS_ModelBuilder::buildAll() {
         {"Force", &MBS_ModelBuilder::buildForce},
         {"Actor", &MBS_ModelBuilder::buildActor},
     }};
-    for (const auto& [kind, build] : steps)
+    for (const auto& [kind, build] : steps) {
         for (std::size_t i = 0; i < data.blocks.size(); ++i)
             if (data.blockKinds[i] == kind && data.blocks[i])
                 (this->*build)(*data.blocks[i]);
+        if (build == &MBS_ModelBuilder::buildBody)
+            model.groupBodies(); // whatever comes later keeps pointers into them
+    }
 }
 
 void MBS_ModelBuilder::refuse(Block& block, const std::string& text) {

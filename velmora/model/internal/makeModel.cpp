@@ -10,7 +10,6 @@ MBS_Model* MBS_Model::makeModel(IO_DataModel* dataModel, IO_OutputManager* outpu
     auto model = std::make_unique<MBS_InternalModel>(dataModel, outputManager);
     MBS_ModelBuilder(*model, *dataModel).buildAll();
     model->sumUpDof();
-    model->gatherStorage();
     return model.release();
 }
 
