@@ -4,94 +4,192 @@
 #include "velmora/matrix/MBM_DenseMatrix.h"
 #include "velmora/matrix/MBM_SparseMat_CSR3.h"
 
+#include <algorithm>
+
 namespace velmora {
 
-namespace {
+// The routes of a fixed size are unrolled; a column vector and its transpose have the same elements in the
+// same order.
+enum class MBS_ScatterPlan::Route : std::uint8_t {
+    Block4x4,
+    Block3x3,
+    Block3x4,
+    Block4x3,
+    Column4,
+    Column3,
+    Row4,
+    Row3,
+    Diagonal3,
+    Diagonal4,
+    AnySize,
+    WithT
+};
 
-using Source = MBS_ScatterPlan::Source;
+bool MBS_ScatterPlan::Pattern::isLike(const Pattern& other) const {
+    return numRows == other.numRows && numCols == other.numCols && shape == other.shape &&
+           isTransposed == other.isTransposed && weights == other.weights && usesT == other.usesT;
+}
+
+MBS_ScatterPlan::Route MBS_ScatterPlan::Pattern::findRoute() const {
+    struct Row {
+        unsigned numRows, numCols;
+        MBS_BlockShape shape;
+        bool isTransposed;
+        Route route;
+    };
+    using enum MBS_BlockShape;
+    static constexpr Row rows[] = {
+        {4, 4, General, false, Route::Block4x4},   {3, 3, General, false, Route::Block3x3},
+        {3, 4, General, false, Route::Block3x4},   {4, 3, General, false, Route::Block4x3},
+        {4, 1, General, false, Route::Column4},    {3, 1, General, false, Route::Column3},
+        {4, 1, General, true, Route::Row4},        {3, 1, General, true, Route::Row3},
+        {3, 3, Diagonal, false, Route::Diagonal3}, {4, 4, Diagonal, false, Route::Diagonal4},
+    };
+    if (std::ranges::find(usesT, true) != usesT.end())
+        return Route::WithT;
+    for (const Row& row : rows)
+        if (row.numRows == numRows && row.numCols == numCols && row.shape == shape &&
+            row.isTransposed == isTransposed)
+            return row.route;
+    return Route::AnySize;
+}
 
 // Sum of s_k B_k for blocks of a size known at compile time, kept in registers.
 template <int R, int C>
-Mat<R, C> weightedSum(const Source* source, const Source* end) {
+inline void MBS_ScatterPlan::Pattern::writeSized(double* first, std::size_t rowStride,
+                                                 const double* const* sources) const {
     Mat<R, C> sum;
-    for (; source != end; ++source)
+    for (const double* weight : weights) {
+        const double* source = *sources++;
         for (std::size_t n = 0; n < sum.data.size(); ++n)
-            sum.data[n] += *source->weight * source->data[n];
-    return sum;
-}
-
-template <int R, int C>
-void writeSized(double* first, std::size_t rowStride, const Source* source, const Source* end) {
-    const Mat<R, C> sum = weightedSum<R, C>(source, end);
+            sum.data[n] += *weight * source[n];
+    }
     for (int i = 0; i < R; ++i)
         for (int j = 0; j < C; ++j)
             first[static_cast<std::size_t>(i) * rowStride + static_cast<std::size_t>(j)] = sum(i, j);
 }
 
-// Element (i, j) of s B, or of -B T.
-double elementOf(const Source& source, MBM_GeneralDenseMatrix** T, unsigned numRows, unsigned i, unsigned j) {
-    if (!source.usesT)
-        return *source.weight * source.data[std::size_t{j} * numRows + i];
-    const double* t = T[source.colBody]->data + std::size_t{j} * 4;
-    double sum = 0.0;
-    for (unsigned m = 0; m < 4; ++m)
-        sum -= source.data[std::size_t{m} * numRows + i] * t[m];
-    return sum;
+template <int N>
+inline void MBS_ScatterPlan::Pattern::writeDiagonal(double* first, std::size_t rowStride,
+                                                    const double* const* sources) const {
+    Mat<N, 1> sum;
+    for (const double* weight : weights) {
+        const double* source = *sources++;
+        for (int i = 0; i < N; ++i)
+            sum(i) += *weight * source[(N + 1) * i];
+    }
+    for (int i = 0; i < N; ++i)
+        first[static_cast<std::size_t>(i) * rowStride] = sum(i);
 }
 
-} // namespace
+void MBS_ScatterPlan::Pattern::writeAnySize(double* first, std::size_t rowStride,
+                                            const double* const* sources) const {
+    const bool isDiagonal = shape == MBS_BlockShape::Diagonal;
+    for (std::size_t j = 0; j < numCols; ++j)
+        for (std::size_t i = isDiagonal ? j : 0; i < (isDiagonal ? j + 1 : numRows); ++i) {
+            double sum = 0.0;
+            for (std::size_t k = 0; k < weights.size(); ++k)
+                sum += *weights[k] * sources[k][j * numRows + i];
+            const std::size_t row = isTransposed ? j : i;
+            const std::size_t col = isDiagonal ? 0 : isTransposed ? i : j;
+            first[row * rowStride + col] = sum;
+        }
+}
+
+// The block is general and not transposed: Euler parameters stand in its columns.
+void MBS_ScatterPlan::Pattern::writeWithT(double* first, std::size_t rowStride, const double* const* sources,
+                                          const MBM_GeneralDenseMatrix& T) const {
+    for (std::size_t j = 0; j < numCols; ++j)
+        for (std::size_t i = 0; i < numRows; ++i) {
+            double sum = 0.0;
+            for (std::size_t k = 0; k < weights.size(); ++k)
+                if (!usesT[k])
+                    sum += *weights[k] * sources[k][j * numRows + i];
+                else
+                    for (std::size_t m = 0; m < 4; ++m)
+                        sum -= sources[k][m * numRows + i] * T.data[j * 4 + m];
+            first[i * rowStride + j] = sum;
+        }
+}
+
+std::uint32_t MBS_ScatterPlan::findPattern(const Place& place, const std::vector<Source>& added) {
+    Pattern pattern{Route::AnySize, {}, {}, place.numRows, place.numCols, place.shape, place.isTransposed};
+    for (const Source& source : added) {
+        pattern.weights.push_back(source.weight);
+        pattern.usesT.push_back(source.usesT);
+    }
+    pattern.route = pattern.findRoute();
+    auto found = std::ranges::find_if(patterns, [&](const Pattern& p) { return p.isLike(pattern); });
+    if (found == patterns.end())
+        found = patterns.insert(found, std::move(pattern));
+    return static_cast<std::uint32_t>(found - patterns.begin());
+}
 
 void MBS_ScatterPlan::add(MBM_SparseMat_CSR3& sparse, const Place& place, const std::vector<Source>& added) {
-    const auto valueAt = [&](unsigned row, unsigned col) {
-        return sparse.values + sparse.lowerBound(row, col);
+    const auto indexOf = [&](unsigned row, unsigned col) {
+        return static_cast<std::uint32_t>(sparse.lowerBound(row, col));
     };
-    Target target{};
-    target.first = valueAt(place.row, place.col);
+    values = sparse.values;
+    Target target{indexOf(place.row, place.col), 0, findPattern(place, added)};
     // Within a block the rows hold the same columns, or, on a diagonal, equally many; so their distance is
     // one.
     const unsigned numSparseRows = place.isTransposed ? place.numCols : place.numRows;
     const unsigned shift = place.shape == MBS_BlockShape::Diagonal ? 1 : 0;
     if (numSparseRows > 1)
-        target.rowStride =
-            static_cast<std::uint32_t>(valueAt(place.row + 1, place.col + shift) - target.first);
-    target.numSources = static_cast<std::uint32_t>(added.size());
-    target.numRows = static_cast<std::uint16_t>(place.numRows);
-    target.numCols = static_cast<std::uint16_t>(place.numCols);
-    target.shape = place.shape;
-    target.isTransposed = place.isTransposed;
-    for (const Source& source : added)
-        target.usesT = target.usesT || source.usesT;
+        target.rowStride = indexOf(place.row + 1, place.col + shift) - target.first;
     targets.push_back(target);
-    sources.insert(sources.end(), added.begin(), added.end());
+    for (const Source& source : added)
+        sources.push_back(source.data);
+    if (patterns[target.pattern].route == Route::WithT)
+        bodiesOfT.push_back(added.front().colBody);
 }
 
 void MBS_ScatterPlan::run(MBM_GeneralDenseMatrix** T) const {
-    const Source* source = sources.data();
-    for (const Target& t : targets) {
-        const Source* end = source + t.numSources;
-        const bool isPlain = t.shape == MBS_BlockShape::General && !t.usesT;
-        // A column vector and its transpose have the same elements in the same order.
-        if (isPlain && t.numRows == 4 && t.numCols == 4 && !t.isTransposed)
-            writeSized<4, 4>(t.first, t.rowStride, source, end);
-        else if (isPlain && t.numRows == 4 && t.numCols == 1 && !t.isTransposed)
-            writeSized<4, 1>(t.first, t.rowStride, source, end);
-        else if (isPlain && t.numRows == 4 && t.numCols == 1)
-            writeSized<1, 4>(t.first, t.rowStride, source, end);
-        else if (isPlain && t.numRows == 3 && t.numCols == 3 && !t.isTransposed)
-            writeSized<3, 3>(t.first, t.rowStride, source, end);
-        else
-            for (unsigned j = 0; j < t.numCols; ++j)
-                for (unsigned i = 0; i < t.numRows; ++i) {
-                    if (t.shape == MBS_BlockShape::Diagonal && i != j)
-                        continue;
-                    double sum = 0.0;
-                    for (const Source* s = source; s != end; ++s)
-                        sum += elementOf(*s, T, t.numRows, i, j);
-                    const unsigned row = t.isTransposed ? j : i;
-                    const unsigned col = t.shape == MBS_BlockShape::Diagonal ? 0 : t.isTransposed ? i : j;
-                    t.first[std::size_t{row} * t.rowStride + col] = sum;
-                }
-        source = end;
+    const double* const* source = sources.data();
+    const std::uint32_t* bodyOfT = bodiesOfT.data();
+    for (const Target& target : targets) {
+        const Pattern& p = patterns[target.pattern];
+        double* first = values + target.first;
+        const std::size_t stride = target.rowStride;
+        switch (p.route) {
+        case Route::Block4x4:
+            p.writeSized<4, 4>(first, stride, source);
+            break;
+        case Route::Block3x3:
+            p.writeSized<3, 3>(first, stride, source);
+            break;
+        case Route::Block3x4:
+            p.writeSized<3, 4>(first, stride, source);
+            break;
+        case Route::Block4x3:
+            p.writeSized<4, 3>(first, stride, source);
+            break;
+        case Route::Column4:
+            p.writeSized<4, 1>(first, stride, source);
+            break;
+        case Route::Column3:
+            p.writeSized<3, 1>(first, stride, source);
+            break;
+        case Route::Row4:
+            p.writeSized<1, 4>(first, stride, source);
+            break;
+        case Route::Row3:
+            p.writeSized<1, 3>(first, stride, source);
+            break;
+        case Route::Diagonal3:
+            p.writeDiagonal<3>(first, stride, source);
+            break;
+        case Route::Diagonal4:
+            p.writeDiagonal<4>(first, stride, source);
+            break;
+        case Route::AnySize:
+            p.writeAnySize(first, stride, source);
+            break;
+        case Route::WithT:
+            p.writeWithT(first, stride, source, *T[*bodyOfT++]);
+            break;
+        }
+        source += p.weights.size();
     }
 }
 

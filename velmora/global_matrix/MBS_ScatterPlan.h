@@ -1,5 +1,8 @@
 #pragma once
 
+#include "velmora/platform/LargePages.h"
+
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -17,7 +20,8 @@ enum class MBS_BlockShape : std::uint8_t {
 
 /// Precomputed scatter of weighted sums of dense blocks into a sparse matrix: a flat list of places, each
 /// with its sources, so that a refresh walks memory forwards, reads each source once and writes each sparse
-/// value once. No search, no allocation.
+/// value once. No search, no allocation. What many places have in common (size, shape, weights) is a pattern
+/// and stands in the list once.
 ///
 /// Example: with sources M (weight s1) and K (weight s2) the place of a 4x4 block becomes s1 M + s2 K,
 /// written row by row where its rows begin in the values of the sparse matrix.
@@ -39,24 +43,47 @@ class MBS_ScatterPlan {
     };
 
     /// Adds a place of the sparse matrix with its sources, which all have the same size. All of the block
-    /// must be in the pattern, and the rows of a block equally long.
+    /// must be in the pattern, and the rows of a block equally long. All places are of one matrix.
     void add(MBM_SparseMat_CSR3& sparse, const Place& place, const std::vector<Source>& sources);
     /// Writes all places. `T` holds a 4x4 matrix per body; null unless a source uses it.
     void run(MBM_GeneralDenseMatrix** T) const;
 
   private:
-    struct Target {
-        double* first;           // sparse value of element (0, 0)
-        std::uint32_t rowStride; // distance of the block's rows among the sparse values
-        std::uint32_t numSources;
-        std::uint16_t numRows, numCols; // of the dense block
+    /// How a place is written.
+    enum class Route : std::uint8_t;
+    struct Pattern {
+        Route route;
+        std::vector<const double*> weights;
+        std::vector<bool> usesT;
+        unsigned numRows, numCols; // of the dense block
         MBS_BlockShape shape;
         bool isTransposed;
-        bool usesT; // one of the sources does
+
+        bool isLike(const Pattern& other) const;
+        Route findRoute() const;
+        // Each writes one place: `first` is its element (0, 0) among the sparse values, `rowStride` the
+        // distance of its rows there.
+        template <int R, int C>
+        void writeSized(double* first, std::size_t rowStride, const double* const* sources) const;
+        template <int N>
+        void writeDiagonal(double* first, std::size_t rowStride, const double* const* sources) const;
+        void writeAnySize(double* first, std::size_t rowStride, const double* const* sources) const;
+        void writeWithT(double* first, std::size_t rowStride, const double* const* sources,
+                        const MBM_GeneralDenseMatrix& T) const;
+    };
+    struct Target {
+        std::uint32_t first;     // index of element (0, 0) among the sparse values
+        std::uint32_t rowStride; // distance of the block's rows among them
+        std::uint32_t pattern;
     };
 
-    std::vector<Target> targets;
-    std::vector<Source> sources; // those of each target, one target after the other
+    std::uint32_t findPattern(const Place& place, const std::vector<Source>& added);
+
+    double* values = nullptr; // of the sparse matrix
+    std::vector<Pattern> patterns;
+    EvaluationArray<Target> targets;
+    EvaluationArray<const double*> sources; // those of each target, one target after the other
+    std::vector<std::uint32_t> bodiesOfT;   // of each target that uses T, in turn
 };
 
 } // namespace velmora
