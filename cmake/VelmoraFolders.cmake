@@ -30,6 +30,9 @@ function(velmora_add_folder name)
     add_library(velmora_${name} OBJECT ${ARGN})
     target_link_libraries(velmora_${name} PUBLIC velmora_settings)
     target_compile_definitions(velmora_${name} PRIVATE VELMORA_BUILDING)
+    # The kernel's loops run over 3 or 4 elements. g++ would make vector loops of them before it unrolls them,
+    # which costs up to twice the time; long vectors are the business of BLAS.
+    target_compile_options(velmora_${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-tree-loop-vectorize>)
     set(VELMORA_FOLDERS ${VELMORA_FOLDERS} velmora_${name} CACHE INTERNAL "")
 endfunction()
 
