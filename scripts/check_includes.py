@@ -27,10 +27,12 @@ ALLOWED = {
     "matrix": ["platform", "io"],
     "model": ["platform", "io", "matrix"],
     "bodies": ["platform", "io", "matrix", "model"],
+    "constraints": ["platform", "io", "matrix", "model", "bodies"],
     "forces": ["platform", "io", "matrix", "model", "bodies"],
-    "global_matrix": ["platform", "io", "matrix", "model", "bodies", "forces"],
-    "results": ["platform", "io", "matrix", "model", "bodies", "forces"],
-    "model/internal": ["platform", "io", "matrix", "model", "bodies", "forces", "global_matrix", "results"],
+    "global_matrix": ["platform", "io", "matrix", "model", "bodies", "constraints", "forces"],
+    "results": ["platform", "io", "matrix", "model", "bodies", "constraints", "forces"],
+    "model/internal": ["platform", "io", "matrix", "model", "bodies", "constraints", "forces",
+                       "global_matrix", "results"],
 }
 KERNEL = "velmora"
 ENTRY = "velmora/velmora.h"  # what it reaches is public

@@ -168,9 +168,12 @@ void MBS_ModelConstraintDofVector::allocateAllFields(const std::vector<unsigned>
     };
     fill(inner, 0, numInner, innerConstraints, bodyInnerConstraints);
     fill(external, numInner, numExternal, externalConstraints, constraintDof);
+    constraintOffset.resize(external.size());
+    std::exclusive_scan(external.begin(), external.end(), constraintOffset.begin(), numInner);
 }
 
 void MBS_ModelConstraintDofVector::destroyAllFieldsAndSetToNULL() {
+    constraintOffset.clear();
     constraintDof.clear();
     externalConstraints.reset();
     bodyInnerConstraints.clear();

@@ -114,12 +114,20 @@ class VELMORA_EXPORT MBS_ModelConstraintDofVector : public MBS_ModelDofVector {
     /// The inner equation of a body. Every body of a model has one, and these stand first.
     double& innerEquationOfBody(unsigned body) { return dofVector->data[body]; }
     const double& innerEquationOfBody(unsigned body) const { return dofVector->data[body]; }
+    /// First equation of an external constraint.
+    double* equationsOfConstraint(unsigned constraint) {
+        return dofVector->data + constraintOffset[constraint];
+    }
+    const double* equationsOfConstraint(unsigned constraint) const {
+        return dofVector->data + constraintOffset[constraint];
+    }
 
     std::unique_ptr<MBM_DenseStandAloneVector> dofVector; ///< the whole vector; null without equations
     View innerConstraints;                                ///< all inner equations; null if there are none
     std::vector<View> bodyInnerConstraints;               ///< per body; null entry if it has none
     View externalConstraints;                             ///< all external equations; null if there are none
     std::vector<View> constraintDof;                      ///< per constraint; null entry if it has none
+    std::vector<unsigned> constraintOffset;               ///< per constraint: its first place in `dofVector`
     MBS_Model* model = nullptr;                           ///< not owned
     std::vector<std::string> constraintDofIDs;            ///< per external equation: UUID of its constraint
 

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "velmora/constraints/MBS_ExtConstraint.h"
+
+namespace velmora {
+
+class MBS_BodyCommons;
+
+/// Root of constraints between two bodies.
+class MBS_BodyBodyConstraint : public MBS_ExtConstraint {
+  public:
+    /// Errors beside those of the root: the block's text + "ERROR: Body1 and Body2 are the same body: " +
+    /// id + "!\n".
+    MBS_BodyBodyConstraint(IO_DataModelBlock* block, MBS_Model* owner, const MBS_ModelLookUp& lookUp,
+                           unsigned index, unsigned numOfEquations);
+    std::string getClassName() const override { return "MBS_BodyBodyConstraint"; }
+
+  protected:
+    unsigned body1Index = 0, body2Index = 0;
+    const MBS_BodyCommons *bodyCommons1 = nullptr, *bodyCommons2 = nullptr; // not owned
+};
+
+/// Root of the CqT and CqTdT objects of two-body constraints; column vectors over the coordinates of one of
+/// the bodies.
+class MBS_BodyBody_CqT : public MBS_General_CqT {
+  public:
+    explicit MBS_BodyBody_CqT(const MBS_Body& body);
+    std::string getClassName() const override { return "MBS_BodyBody_CqT"; }
+};
+
+/// Root of the blocks d(Cq' lambda)/dq of two-body constraints: rows of one body, columns of one body.
+class MBS_BodyBodyConstraint_CqTLe_q : public MBS_GeneralBodyBodyMatrix {
+  public:
+    /// Has the places named; rotational blocks within one body are symmetric.
+    MBS_BodyBodyConstraint_CqTLe_q(const MBS_Body& rowBody, const MBS_Body& colBody,
+                                   std::initializer_list<std::array<unsigned, 2>> places);
+    std::string getClassName() const override { return "MBS_BodyBodyConstraint_CqTLe_q"; }
+};
+
+} // namespace velmora
