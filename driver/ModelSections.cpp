@@ -120,14 +120,16 @@ void readSimulationSection(const toml::table& section, ModelFile& file) {
     if (reader.getNumber("end_time", &endTime, isPositive, "be positive"))
         simulation.endTime = endTime;
     reader.getNumber("step", &simulation.step, isPositive, "be positive");
-    reader.getFlag("fixed_step", &simulation.fixedStep);
+    // A faulty flag leaves open which range of alpha was meant: the wider one then.
+    const bool isVarying = !section.contains("fixed_step") ||
+                           (reader.getFlag("fixed_step", &simulation.fixedStep) && !simulation.fixedStep);
     reader.getNumber("tolerance", &simulation.tolerance, isPositive, "be positive");
     const auto isDamped = [](double x) { return isHHTParameter(x) && x <= weakestDamping; };
-    if (simulation.fixedStep)
-        reader.getNumber("alpha", &simulation.alpha, isHHTParameter, "lie in [-1/3, 0]");
-    else
+    if (isVarying)
         reader.getNumber("alpha", &simulation.alpha, isDamped,
                          "lie in [-1/3, -0.01] unless fixed_step is true");
+    else
+        reader.getNumber("alpha", &simulation.alpha, isHHTParameter, "lie in [-1/3, 0]");
     reader.reportUnknownKeys();
 }
 

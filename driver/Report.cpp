@@ -63,7 +63,7 @@ std::string summarize(const RunOutcome& outcome, const std::vector<std::string>&
                         outcome.energyStart, outcome.energyEnd, outcome.maxEnergyDrift));
     addLine("Angular momentum", describeAngularMomentum(outcome));
     if (resultFiles.empty())
-        addLine("Results", "none asked for");
+        addLine("Results", "no files");
     for (const std::string& file : resultFiles)
         addLine(file == resultFiles.front() ? "Results" : "", file);
     return text;

@@ -159,9 +159,12 @@ void Checker::checkType() {
             continue;
         if (type.status == MBS_TypeStatus::CreatesNothing)
             report("type", fmt::format("<{}> is accepted, but makes nothing", type.type));
+        // The kernel refuses these too, but not if it finds nothing to make of the block.
+        if (type.status == MBS_TypeStatus::NotInThisBuild)
+            report("type", fmt::format("<{}> is not available in this build", type.type));
         if (type.status == MBS_TypeStatus::Available)
             checkKeys(type);
-        return; // the kernel refuses what isn't in the build
+        return;
     }
     report("type", fmt::format("unknown type <{}>{}", block->type, suggestNearName(block->type, names)));
 }

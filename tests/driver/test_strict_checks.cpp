@@ -33,8 +33,9 @@ constexpr MBS_BlockTypeInfo vocabulary[] = {
     {"Body", "Stone", MBS_TypeStatus::Available, stoneKeys},
     {"Force", "Spring", MBS_TypeStatus::Available, springKeys},
     {"Force", "Wind", MBS_TypeStatus::CreatesNothing, {}},
-    {"Measure", "Length", MBS_TypeStatus::NotInThisBuild, {}},
-    {"DataObject", "Table", MBS_TypeStatus::NotInThisBuild, {}},
+    {"Measure", "Length", MBS_TypeStatus::Available, {}},
+    {"DataObject", "Table", MBS_TypeStatus::Available, {}},
+    {"DataObject", "Chart", MBS_TypeStatus::NotInThisBuild, {}},
 };
 
 std::vector<std::string> check(const std::string& text, std::span<const MBS_BlockTypeInfo> types) {
@@ -134,7 +135,7 @@ TEST(StrictChecks, JudgesTypesAndUuids) {
               "[[Force]]\ntype = 'Wind'\nuuid = 'a'\n"
               "[[Force]]\ntype = 'Sprong'\nuuid = 'a'\n"
               "[[Force]]\ntype = 'Stone'\nuuid = '0'\nanything = 1\n" // 8
-              "[[Measure]]\ntype = 'Length'\nuuid = 'noUUID'\nanything = 1\n"
+              "[[DataObject]]\ntype = 'Chart'\nuuid = 'noUUID'\nanything = 1\n"
               "[[Body]]\ntype = 3\nuuid = ''\n", // 16
               vocabulary),
         ElementsAre("m:1: error: Body <>, key <uuid>: missing; every block needs one",
@@ -144,7 +145,8 @@ TEST(StrictChecks, JudgesTypesAndUuids) {
                     "m:7: error: Force <a>, key <uuid>: already used by the Force in line 2",
                     "m:9: error: Force <0>, key <type>: unknown type <Stone>",
                     "m:10: error: Force <0>, key <uuid>: <0> stands for the ground",
-                    "m:14: error: Measure <noUUID>, key <uuid>: <noUUID> marks the kernel's own blocks",
+                    "m:13: error: DataObject <noUUID>, key <type>: <Chart> is not available in this build",
+                    "m:14: error: DataObject <noUUID>, key <uuid>: <noUUID> marks the kernel's own blocks",
                     "m:18: error: Body <>, key <uuid>: empty; every block needs one"));
 }
 
