@@ -15,20 +15,24 @@ constexpr std::size_t dofPerBody = 7;
 
 MBS_RigidBodyGroup::MBS_RigidBodyGroup(unsigned firstBody, std::size_t capacity) : firstBodyIndex(firstBody) {
     commons.reserve(capacity);
-    constants.reserve(capacity);
+    mass.reserve(capacity);
+    initialNormOffset.reserve(capacity);
     massTrans.reserve(capacity);
     massRot.reserve(capacity);
     cqT.reserve(capacity);
+    cqTdT.reserve(capacity);
     jacobian.reserve(capacity);
 }
 
-void MBS_RigidBodyGroup::add(const MBS_RigidBody_EulerP_PAI_Commons& bodyCommons,
-                             const Constants& bodyConstants) {
+void MBS_RigidBodyGroup::add(const MBS_RigidBody_EulerP_PAI_Commons& bodyCommons, double totalMass,
+                             double normOffset) {
     commons.push_back(bodyCommons);
-    constants.push_back(bodyConstants);
+    mass.push_back(totalMass);
+    initialNormOffset.push_back(normOffset);
     massTrans.emplace_back();
     massRot.emplace_back();
     cqT.emplace_back();
+    cqTdT.emplace_back();
     jacobian.emplace_back();
 }
 
@@ -45,11 +49,11 @@ void MBS_RigidBodyGroup::updateForJacobian(std::size_t k, const double* qdd, dou
     JacobianElements& to = jacobian[k];
     for (int i = 0; i < 4; ++i)
         to.cqLi_q(i, i) = 2.0 * lambda;
-    to.cqTdT = 2.0 * c.dp;
+    cqTdT[k] = 2.0 * c.dp;
     if (c.isMassless)
         return;
     to.mQdd_q = rigid::inertiaForce_q(c.Ibar, c.p, Vec4::from(qdd + 3)); // (2)
-    if (!constants[k].regardVelocityInertiaForcesInsideJacobian)
+    if (!c.regardVelocityInertiaForcesInsideJacobian)
         return;
     const Mat3 gyroscopic = rigid::gyroscopicMatrix(c.Ibar, c.omegaBar, c.IbarOmegaBar);
     const Vec3 wxn = cross(c.omegaBar, c.IbarOmegaBar);
@@ -58,9 +62,8 @@ void MBS_RigidBodyGroup::updateForJacobian(std::size_t k, const double* qdd, dou
 }
 
 void MBS_RigidBodyGroup::getAccInertiaForces(std::size_t k, const double* qdd, double* out) const {
-    const double mass = constants[k].mass;
-    (mass * Vec3::from(qdd)).to(out);
-    if (mass == 0.0)
+    (mass[k] * Vec3::from(qdd)).to(out);
+    if (mass[k] == 0.0)
         Vec4().to(out + 3);
     else
         (massRot[k] * Vec4::from(qdd + 3)).to(out + 3);
@@ -98,7 +101,7 @@ void MBS_RigidBodyGroup::updateForJacobian(double, const P*, const P*, const P* 
 void MBS_RigidBodyGroup::getAccInertiaForces(const P* qdd, P* out) const {
     const double* a = qdd->bodyData(firstBodyIndex);
     double* f = out->bodyData(firstBodyIndex);
-    for (std::size_t k = 0; k < constants.size(); ++k)
+    for (std::size_t k = 0; k < mass.size(); ++k)
         getAccInertiaForces(k, a + dofPerBody * k, f + dofPerBody * k);
 }
 
@@ -118,8 +121,8 @@ void MBS_RigidBodyGroup::getInnerConstraintForces(const C* multipliers, P* out) 
 void MBS_RigidBodyGroup::getNormResiduals(const P* q, C* out) const {
     const double* p = q->bodyData(firstBodyIndex) + 3;
     double* residual = &out->innerEquationOfBody(firstBodyIndex);
-    for (std::size_t k = 0; k < constants.size(); ++k)
-        residual[k] = normResidual(p + dofPerBody * k) - constants[k].normOffset;
+    for (std::size_t k = 0; k < initialNormOffset.size(); ++k)
+        residual[k] = normResidual(p + dofPerBody * k) - initialNormOffset[k];
 }
 
 } // namespace velmora

@@ -17,20 +17,14 @@ class MBS_RigidBodyGroup final : public MBS_BodyGroup {
     struct JacobianElements {
         Mat4 mQdd_q, qvv_q, qvv_qd;
         Mat4 cqLi_q; ///< diagonal
-        Vec4 cqTdT;
-    };
-    /// What never changes.
-    struct Constants {
-        double mass;       ///< 0.0: no inertia at all
-        double normOffset; ///< p'p - 1 at the start
-        bool regardVelocityInertiaForcesInsideJacobian;
     };
 
     /// Room for this many bodies; indices are consecutive from `firstBody` on.
     MBS_RigidBodyGroup(unsigned firstBody, std::size_t capacity);
 
-    /// Appends a body; its kinematics and inertia are those of `bodyCommons`.
-    void add(const MBS_RigidBody_EulerP_PAI_Commons& bodyCommons, const Constants& bodyConstants);
+    /// Appends a body; its kinematics and inertia are those of `bodyCommons`. `normOffset` is p'p - 1 at the
+    /// start.
+    void add(const MBS_RigidBody_EulerP_PAI_Commons& bodyCommons, double totalMass, double normOffset);
 
     void updateForMotion(double t, const P* q, const P* qd, const P* qdd) override;
     void updateForJacobian(double t, const P* q, const P* qd, const P* qdd, const C* multipliers) override;
@@ -47,10 +41,10 @@ class MBS_RigidBodyGroup final : public MBS_BodyGroup {
     void getInnerConstraintForces(std::size_t k, double lambda, double* out) const;
 
     EvaluationArray<MBS_RigidBody_EulerP_PAI_Commons> commons;
-    EvaluationArray<Constants> constants;
+    EvaluationArray<double> mass, initialNormOffset;
     EvaluationArray<Mat3> massTrans; ///< m 1
     EvaluationArray<Mat4> massRot;   ///< Gbar' I Gbar
-    EvaluationArray<Vec4> cqT;
+    EvaluationArray<Vec4> cqT, cqTdT;
     EvaluationArray<JacobianElements> jacobian;
 
   private:

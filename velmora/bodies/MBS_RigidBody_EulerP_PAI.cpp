@@ -28,6 +28,7 @@ MBS_RigidBody_EulerP_PAI::MBS_RigidBody_EulerP_PAI(IO_DataModelBlock* block, MBS
     auto ownParameter = std::make_unique<MBS_RigidBody_EulerP_PAI_Parameter>(mass, inertia);
     MBS_RigidBody_EulerP_PAI_Commons ownCommons(bodyIndex);
     ownCommons.setParameter(*ownParameter);
+    ownCommons.regardVelocityInertiaForcesInsideJacobian = regardVelocityInertiaForcesInsideJacobian;
     parameter = std::move(ownParameter);
     isZeroInertia = mass == 0.0;
     rigidCommons = &ownCommons;
@@ -58,7 +59,7 @@ void MBS_RigidBody_EulerP_PAI::createBlocks(double mass) {
 
 void MBS_RigidBody_EulerP_PAI::join(const std::shared_ptr<MBS_RigidBodyGroup>& newGroup, double mass,
                                     const MBS_RigidBody_EulerP_PAI_Commons& currentCommons) {
-    newGroup->add(currentCommons, {mass, initialNormOffset, regardVelocityInertiaForcesInsideJacobian});
+    newGroup->add(currentCommons, mass, initialNormOffset);
     group = newGroup;
     place = group->commons.size() - 1;
     rigidCommons = &group->commons[place];
@@ -75,7 +76,7 @@ void MBS_RigidBody_EulerP_PAI::join(const std::shared_ptr<MBS_RigidBodyGroup>& n
     aim(qvv_qd->block[Rot][Rot], jacobian.qvv_qd);
     aim(cqLi_q->block[Rot][Rot], jacobian.cqLi_q);
     aim(cqT->rPart, group->cqT[place]);
-    aim(cqTdT->rPart, jacobian.cqTdT);
+    aim(cqTdT->rPart, group->cqTdT[place]);
 }
 
 std::shared_ptr<MBS_BodyGroup>

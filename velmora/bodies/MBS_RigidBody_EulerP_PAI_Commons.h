@@ -38,6 +38,7 @@ class MBS_RigidBody_EulerP_PAI_Commons : public MBS_BodyCommons {
     Vec3 IbarOmegaBar; ///< diag(I) omegaBar: angular momentum about the centre of mass, body frame
     Vec3 Ibar;         ///< I1, I2, I3
     bool isMassless = false;
+    bool regardVelocityInertiaForcesInsideJacobian = true;
 };
 
 } // namespace velmora
