@@ -24,15 +24,22 @@ MBS_BodyBodyConstraint::MBS_BodyBodyConstraint(IO_DataModelBlock* block, MBS_Mod
     bodyCommons2 = body2->commons;
 }
 
-MBS_BodyBody_CqT::MBS_BodyBody_CqT(const MBS_Body& body)
-    : MBS_General_CqT(body.numTransDof, body.numRotDof, body.numFlexDof, 1) {}
+MBS_BodyBody_CqT::MBS_BodyBody_CqT(const MBS_ExtConstraint& constraint, unsigned body, bool hasTransPart)
+    : MBS_General_CqT(constraint.constraintBodies[body]->numTransDof,
+                      constraint.constraintBodies[body]->numRotDof, 0, 1) {
+    if (!hasTransPart)
+        tPart.reset();
+}
 
 MBS_BodyBodyConstraint_CqTLe_q::MBS_BodyBodyConstraint_CqTLe_q(
-    const MBS_Body& rowBody, const MBS_Body& colBody, std::initializer_list<std::array<unsigned, 2>> places)
-    : MBS_GeneralBodyBodyMatrix(rowBody.numTransDof, rowBody.numRotDof, rowBody.numFlexDof,
-                                colBody.numTransDof, colBody.numRotDof, colBody.numFlexDof) {
+    const MBS_ExtConstraint& constraint, unsigned rowBody, unsigned colBody,
+    std::initializer_list<std::array<unsigned, 2>> places)
+    : MBS_GeneralBodyBodyMatrix(
+          constraint.constraintBodies[rowBody]->numTransDof, constraint.constraintBodies[rowBody]->numRotDof,
+          constraint.constraintBodies[rowBody]->numFlexDof, constraint.constraintBodies[colBody]->numTransDof,
+          constraint.constraintBodies[colBody]->numRotDof, constraint.constraintBodies[colBody]->numFlexDof) {
     keepOnly(places);
-    if (&rowBody == &colBody)
+    if (rowBody == colBody)
         setBlockMatrix(Rot, Rot, "MBM_SymmetricDenseMatrix", 4, 4, 0.0);
 }
 

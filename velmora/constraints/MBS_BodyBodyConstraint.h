@@ -24,15 +24,17 @@ class MBS_BodyBodyConstraint : public MBS_ExtConstraint {
 /// the bodies.
 class MBS_BodyBody_CqT : public MBS_General_CqT {
   public:
-    explicit MBS_BodyBody_CqT(const MBS_Body& body);
+    /// A rotational part and, unless the constraint doesn't depend on translations, a translational one.
+    /// `body`: 0 or 1 for the first or the second.
+    MBS_BodyBody_CqT(const MBS_ExtConstraint& constraint, unsigned body, bool hasTransPart);
     std::string getClassName() const override { return "MBS_BodyBody_CqT"; }
 };
 
 /// Root of the blocks d(Cq' lambda)/dq of two-body constraints: rows of one body, columns of one body.
 class MBS_BodyBodyConstraint_CqTLe_q : public MBS_GeneralBodyBodyMatrix {
   public:
-    /// Has the places named; rotational blocks within one body are symmetric.
-    MBS_BodyBodyConstraint_CqTLe_q(const MBS_Body& rowBody, const MBS_Body& colBody,
+    /// `rowBody`, `colBody`: 0 or 1. Has the places named; rotational blocks within one body are symmetric.
+    MBS_BodyBodyConstraint_CqTLe_q(const MBS_ExtConstraint& constraint, unsigned rowBody, unsigned colBody,
                                    std::initializer_list<std::array<unsigned, 2>> places);
     std::string getClassName() const override { return "MBS_BodyBodyConstraint_CqTLe_q"; }
 };

@@ -85,6 +85,11 @@ class MBS_ExtConstraint : public MBS_ModelObject {
     static Vec3 toLocalPoint(const MBS_Body& body, const Vec3& point);
     /// Direction of the initial configuration in the frame of a body.
     static Vec3 toLocalAxis(const MBS_Body& body, const Vec3& axis);
+    /// The two joint axes whose angle fixes the rotation about the third.
+    static std::array<unsigned, 2> fixedPairOf(unsigned axis) {
+        constexpr std::array<std::array<unsigned, 2>, 3> pairs = {{{1, 2}, {0, 2}, {0, 1}}};
+        return pairs[axis];
+    }
     Vec3 jointAxis(unsigned i) const { return Vec3::from(&constraintOrientation.data[3 * i]); }
 
     void addCqTLe_q(unsigned rowBody, unsigned colBody, std::unique_ptr<MBS_GeneralBodyBodyMatrix> block);

@@ -13,11 +13,15 @@ MBS_SingleBodyConstraint::MBS_SingleBodyConstraint(IO_DataModelBlock* block, MBS
     bodyCommons = constraintBodies[0]->commons;
 }
 
-MBS_SingleBody_CqT::MBS_SingleBody_CqT(const MBS_Body& body)
-    : MBS_General_CqT(body.numTransDof, body.numRotDof, body.numFlexDof, 1) {}
+MBS_SingleBody_CqT::MBS_SingleBody_CqT(const MBS_ExtConstraint& constraint, bool hasTransPart)
+    : MBS_General_CqT(constraint.constraintBodies[0]->numTransDof, constraint.constraintBodies[0]->numRotDof,
+                      0, 1) {
+    if (!hasTransPart)
+        tPart.reset();
+}
 
-MBS_BodyGroundConstraint_CqTLe_q::MBS_BodyGroundConstraint_CqTLe_q(const MBS_Body& body)
-    : MBS_GeneralSingleBodyMatrix(body.getShape()) {
+MBS_BodyGroundConstraint_CqTLe_q::MBS_BodyGroundConstraint_CqTLe_q(const MBS_ExtConstraint& constraint)
+    : MBS_GeneralSingleBodyMatrix(constraint.constraintBodies[0]->getShape()) {
     keepOnly({});
     setBlockMatrix(Rot, Rot, "MBM_SymmetricDenseMatrix", 4, 4, 0.0);
 }

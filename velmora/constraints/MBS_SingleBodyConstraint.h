@@ -23,7 +23,8 @@ class MBS_SingleBodyConstraint : public MBS_ExtConstraint {
 /// Root of the CqT and CqTdT objects of single-body constraints; column vectors.
 class MBS_SingleBody_CqT : public MBS_General_CqT {
   public:
-    explicit MBS_SingleBody_CqT(const MBS_Body& body);
+    /// A rotational part and, unless a constraint doesn't depend on translations, a translational one.
+    MBS_SingleBody_CqT(const MBS_ExtConstraint& constraint, bool hasTransPart);
     std::string getClassName() const override { return "MBS_SingleBody_CqT"; }
 };
 
@@ -31,7 +32,7 @@ class MBS_SingleBody_CqT : public MBS_General_CqT {
 /// but a symmetric block of the Euler parameters.
 class MBS_BodyGroundConstraint_CqTLe_q : public MBS_GeneralSingleBodyMatrix {
   public:
-    explicit MBS_BodyGroundConstraint_CqTLe_q(const MBS_Body& body);
+    explicit MBS_BodyGroundConstraint_CqTLe_q(const MBS_ExtConstraint& constraint);
     std::string getClassName() const override { return "MBS_BodyGroundConstraint_CqTLe_q"; }
 };
 

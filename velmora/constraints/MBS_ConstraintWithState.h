@@ -1,0 +1,73 @@
+#pragma once
+
+#include "velmora/constraints/MBS_ExtConstraint.h"
+#include "velmora/model/MBS_ModelDofVector.h"
+
+#include <memory>
+#include <utility>
+
+namespace velmora {
+
+/// Constraint of one equation whose numbers, the elements of its blocks among them, lie in one plain struct.
+/// The struct offers `residual`, `updateForMotion`, `updateForJacobian` and `addForces`, which touch nothing
+/// else of the constraint; blocks compute by its other operations, one each.
+template <class Root, class S>
+class MBS_ConstraintWithState : public Root {
+  public:
+    using Root::Root;
+    using State = S;
+    using P = typename Root::P;
+    using C = typename Root::C;
+
+    void getConstraintForces(const C* multipliers, P* out) const final { state->addForces(multipliers, out); }
+    void getAndUpdateConstraints(double, const P* q, const P*, const P*, C* out) final {
+        *out->equationsOfConstraint(this->constraintIndex) = state->residual(q);
+    }
+    void updateForMotion(double, const P* q, const P*, const P*, C* out) final {
+        state->updateForMotion(q, out);
+    }
+    void updateForJacobian(double, const P* q, const P* qd, const P*, const C* multipliers) final {
+        state->updateForJacobian(q, qd, multipliers);
+    }
+
+    /// Moves the numbers to another place and aims the blocks there.
+    void moveState(std::shared_ptr<State> place) {
+        *place = *state;
+        state = std::move(place);
+        aimBlocks();
+    }
+
+    std::shared_ptr<State> state = std::make_shared<State>();
+
+  protected:
+    /// Makes the blocks' elements those of `state`.
+    virtual void aimBlocks() = 0;
+
+    template <class Elements>
+    void aim(const std::unique_ptr<MBM_DenseMatrix>& matrix, Elements& elements) const {
+        auto& standAlone = dynamic_cast<MBM_DenseStandAloneMatrix&>(*matrix);
+        standAlone.moveStorage(std::shared_ptr<double[]>(state, elements.data.data()));
+    }
+};
+
+/// Derivative block of such a constraint. Its `update` is an operation of the constraint's state.
+template <class Root, class Constraint>
+class MBS_BlockWithState : public Root {
+  public:
+    template <class... Arguments>
+    explicit MBS_BlockWithState(const Constraint& owner, Arguments&&... arguments)
+        : Root(owner, std::forward<Arguments>(arguments)...),
+          constraint(&owner) {}
+
+  protected:
+    auto& state() const { return *constraint->state; }
+    /// Multiplier of the constraint's equation.
+    double lambda(const MBS_ModelConstraintDofVector* multipliers) const {
+        return *multipliers->equationsOfConstraint(constraint->constraintIndex);
+    }
+
+  private:
+    const Constraint* constraint; // not owned
+};
+
+} // namespace velmora
