@@ -62,7 +62,8 @@ struct ModelFile {
     std::vector<BlockPlace> places;
     SimulationSection simulation;
     std::vector<std::pair<std::string, std::string>>
-        resultKeys; ///< section [results], as texts for the kernel
+        resultKeys;           ///< section [results], as texts for the kernel
+    unsigned resultsLine = 0; ///< on which the table after [results] begins, or the last; 0 without [results]
     std::vector<Finding> findings;
 };
 

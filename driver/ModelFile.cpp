@@ -134,8 +134,10 @@ void DocumentReader::readSection(const TableEntry& entry) {
         readModelSection(*section, file);
     else if (entry.key == "simulation")
         readSimulationSection(*section, file);
-    else
+    else {
         readResultsSection(*section, file);
+        file.resultsLine = getLineOfNextHead(section->source().begin.line);
+    }
 }
 
 void DocumentReader::readKind(const TableEntry& entry) {

@@ -40,6 +40,7 @@ bool makeResultDirectory(const std::string& directory) {
 /// section says otherwise.
 std::unique_ptr<IO_DataModelBlock> makeResultBlock(const ModelFile& file, double endTime) {
     auto block = std::make_unique<IO_DataModelBlock>("Results", "", "results", "");
+    block->lineNumber = file.resultsLine;
     for (const auto& [key, value] : file.resultKeys)
         block->addKeyValue(key, value);
     const bool isScheduled =

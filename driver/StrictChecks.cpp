@@ -48,6 +48,14 @@ std::string getText(const Block& block, const std::string& key) {
     return block.values[static_cast<std::size_t>(std::ranges::find(block.keys, key) - block.keys.begin())];
 }
 
+std::vector<std::string> readTexts(const Block& block, const std::string& key) {
+    Block probe(block);
+    std::vector<std::string> ids;
+    if (probe.isKeyInBlock(key))
+        probe.getValue(key, &ids);
+    return ids;
+}
+
 /// What a value of this kind is called where another one belongs; empty if it may stand there.
 std::string findWrongKind(const MBS_KeyInfo& key, const ValueKinds& kinds, const std::string& text) {
     const bool isText = key.valueCode == String || key.valueCode == StringPair || key.valueCode == FilePath;
@@ -94,6 +102,7 @@ class Checker {
     void checkUuid();
     void checkType();
     void checkKeys(const MBS_BlockTypeInfo& type);
+    void checkThatItMakesSomething(const MBS_BlockTypeInfo& type);
     void checkRole(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key);
     void checkInertiaOf(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key);
     void checkBodyIDs(const MBS_KeyInfo& key);
@@ -164,7 +173,7 @@ void Checker::checkType() {
             report("type", fmt::format("<{}> is not available in this build", type.type));
         if (type.status == MBS_TypeStatus::Available)
             checkKeys(type);
-        return;
+        return checkThatItMakesSomething(type);
     }
     report("type", fmt::format("unknown type <{}>{}", block->type, suggestNearName(block->type, names)));
 }
@@ -185,6 +194,29 @@ void Checker::checkKeys(const MBS_BlockTypeInfo& type) {
         if (!wrongKind.empty())
             report(name, wrongKind);
         checkRole(type, *key);
+    }
+}
+
+/// The blocks whose keys may call for no object at all.
+void Checker::checkThatItMakesSomething(const MBS_BlockTypeInfo& type) {
+    const std::string name = type.type;
+    if (block->kind == "Constraint" && name == "Generic") {
+        bool isAnySet = false;
+        for (const char* flag : {"dxFixed", "axFixed", "dyFixed", "ayFixed", "dzFixed", "azFixed"}) {
+            Block probe(*block); // a failed read leaves its text on the block
+            bool isSet = false;
+            if (probe.isKeyInBlock(flag))
+                probe.getValue(flag, &isSet);
+            isAnySet = isAnySet || isSet;
+        }
+        if (!isAnySet)
+            report("type", "none of dxFixed, axFixed, dyFixed, ayFixed, dzFixed, azFixed is true: the "
+                           "constraint makes nothing");
+    }
+    if (block->kind == "Measure" && name == "FlexTranslational") {
+        const std::vector<std::string> ids = readTexts(*block, "BodyIDs");
+        if (ids.size() == 2 && ids[1] != "0")
+            report("BodyIDs", "the second must be \"0\": between two bodies the measure makes nothing");
     }
 }
 
@@ -233,9 +265,7 @@ void Checker::checkInertiaOf(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& k
 }
 
 void Checker::checkBodyIDs(const MBS_KeyInfo& key) {
-    std::vector<std::string> ids;
-    Block probe(*block);
-    probe.getValue(key.name, &ids);
+    const std::vector<std::string> ids = readTexts(*block, key.name);
     if (ids.size() != 2 || ids[0].empty() || ids[1].empty())
         return report(key.name, "two UUIDs of bodies belong here, \"0\" for the ground");
     for (const std::string& id : ids)

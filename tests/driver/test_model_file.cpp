@@ -89,6 +89,7 @@ TEST(ModelFile, ReadsTheSections) {
         EXPECT_THAT(file->resultKeys,
                     ElementsAre(Pair("WriteStateResultFile", "yes"), Pair("WriteMeasureResultFile", "no"),
                                 Pair("OutputTimeStepSize", "0.1")));
+        EXPECT_EQ(file->resultsLine, 10U);
     }
 }
 

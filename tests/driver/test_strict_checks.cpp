@@ -29,12 +29,18 @@ constexpr MBS_KeyInfo stoneKeys[] = {
     {"Inertia", IO_ValueCode::DoubleVector3, true, MBS_KeyRole::Inertia},
     {"Axes", IO_ValueCode::DoubleMatrix3x3, false, MBS_KeyRole::Orientation},
 };
+constexpr MBS_KeyInfo pairKeys[] = {
+    {"BodyIDs", IO_ValueCode::StringPair, true, MBS_KeyRole::BodyIDs},
+    {"azFixed", IO_ValueCode::Bool, false},
+};
 constexpr MBS_BlockTypeInfo vocabulary[] = {
     {"Body", "Stone", MBS_TypeStatus::Available, stoneKeys},
     {"Force", "Spring", MBS_TypeStatus::Available, springKeys},
     {"Force", "Wind", MBS_TypeStatus::CreatesNothing, {}},
     {"Measure", "Length", MBS_TypeStatus::Available, {}},
     {"DataObject", "Table", MBS_TypeStatus::Available, {}},
+    {"Constraint", "Generic", MBS_TypeStatus::Available, pairKeys},
+    {"Measure", "FlexTranslational", MBS_TypeStatus::NotInThisBuild, pairKeys},
     {"DataObject", "Chart", MBS_TypeStatus::NotInThisBuild, {}},
 };
 
@@ -148,6 +154,22 @@ TEST(StrictChecks, JudgesTypesAndUuids) {
                     "m:13: error: DataObject <noUUID>, key <type>: <Chart> is not available in this build",
                     "m:14: error: DataObject <noUUID>, key <uuid>: <noUUID> marks the kernel's own blocks",
                     "m:18: error: Body <>, key <uuid>: empty; every block needs one"));
+}
+
+TEST(StrictChecks, FindBlocksWhoseKeysMakeNothing) {
+    const std::string head = "[[Constraint]]\ntype = 'Generic'\nuuid = 'c'\n";
+    const std::string nothing = "m:2: error: Constraint <c>, key <type>: none of dxFixed, axFixed, dyFixed, "
+                                "ayFixed, dzFixed, azFixed is true: the constraint makes nothing";
+    EXPECT_THAT(check(head + "azFixed = true\n", vocabulary), ElementsAre());
+    EXPECT_THAT(check(head + "azFixed = false\n", vocabulary), ElementsAre(nothing));
+    EXPECT_THAT(
+        check(head + "BodyIDs = ['no', '0']\nazFxed = true\n", vocabulary),
+        ElementsAre(nothing, "m:4: error: Constraint <c>, key <BodyIDs>: no body has the UUID <no>",
+                    "m:5: error: Constraint <c>, key <azFxed>: unknown key; did you mean <azFixed>?"));
+    EXPECT_THAT(
+        check("[[Measure]]\ntype = 'FlexTranslational'\nuuid = 'm'\nBodyIDs = ['a', 'b']\n", vocabulary),
+        testing::Contains("m:4: error: Measure <m>, key <BodyIDs>: the second must be \"0\": between two "
+                          "bodies the measure makes nothing"));
 }
 
 TEST(StrictChecks, KnowTheKernelsBlocks) {
