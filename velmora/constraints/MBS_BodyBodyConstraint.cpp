@@ -31,9 +31,9 @@ MBS_BodyBody_CqT::MBS_BodyBody_CqT(const MBS_ExtConstraint& constraint, unsigned
         tPart.reset();
 }
 
-MBS_BodyBodyConstraint_CqTLe_q::MBS_BodyBodyConstraint_CqTLe_q(
-    const MBS_ExtConstraint& constraint, unsigned rowBody, unsigned colBody,
-    std::initializer_list<std::array<unsigned, 2>> places)
+MBS_BodyBodyConstraint_CqTLe_q::MBS_BodyBodyConstraint_CqTLe_q(const MBS_ExtConstraint& constraint,
+                                                               unsigned rowBody, unsigned colBody,
+                                                               Places places)
     : MBS_GeneralBodyBodyMatrix(
           constraint.constraintBodies[rowBody]->numTransDof, constraint.constraintBodies[rowBody]->numRotDof,
           constraint.constraintBodies[rowBody]->numFlexDof, constraint.constraintBodies[colBody]->numTransDof,

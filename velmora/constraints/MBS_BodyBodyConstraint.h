@@ -33,9 +33,11 @@ class MBS_BodyBody_CqT : public MBS_General_CqT {
 /// Root of the blocks d(Cq' lambda)/dq of two-body constraints: rows of one body, columns of one body.
 class MBS_BodyBodyConstraint_CqTLe_q : public MBS_GeneralBodyBodyMatrix {
   public:
+    using Places = std::initializer_list<std::array<unsigned, 2>>;
+
     /// `rowBody`, `colBody`: 0 or 1. Has the places named; rotational blocks within one body are symmetric.
     MBS_BodyBodyConstraint_CqTLe_q(const MBS_ExtConstraint& constraint, unsigned rowBody, unsigned colBody,
-                                   std::initializer_list<std::array<unsigned, 2>> places);
+                                   Places places);
     std::string getClassName() const override { return "MBS_BodyBodyConstraint_CqTLe_q"; }
 };
 
