@@ -31,8 +31,8 @@ constexpr MBS_KeyInfo gearKeys[] = {
     {"ConstraintOrientation", IO_ValueCode::DoubleMatrix3x3, false, MBS_KeyRole::Orientation},
     {"LocationBody1", IO_ValueCode::DoubleVector3},
     {"LocationBody2", IO_ValueCode::DoubleVector3},
-    {"VectorBody1", IO_ValueCode::DoubleVector3},
-    {"VectorBody2", IO_ValueCode::DoubleVector3},
+    {"VectorBody1", IO_ValueCode::DoubleVector3, true, MBS_KeyRole::UnitVector},
+    {"VectorBody2", IO_ValueCode::DoubleVector3, true, MBS_KeyRole::UnitVector},
     {"Multiplier", IO_ValueCode::DoubleVector2},
 };
 

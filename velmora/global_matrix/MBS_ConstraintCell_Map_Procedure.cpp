@@ -1,6 +1,7 @@
 #include "velmora/global_matrix/MBS_ConstraintCell_Map_Procedure.h"
 
 #include "velmora/bodies/MBS_Body.h"
+#include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/global_matrix/MBS_ContributionCodes.h"
 #include "velmora/matrix/MBM_DenseMatrix.h"
 #include "velmora/model/MBS_ModelLookUp.h"
@@ -14,12 +15,21 @@ MBS_ConstraintCell_Map_Procedure::MBS_ConstraintCell_Map_Procedure(unsigned firs
     : rowOffset(firstRow),
       colOffset(firstCol),
       scalingPointer(weight) {
-    unsigned physical = 0, inner = 0;
+    unsigned physical = 0, equation = 0;
+    std::vector<unsigned> physicalOffsets;
     for (const auto& body : model.getBodies()) {
         const auto& cqT = isTimeDerivative ? body->cqTdT : body->cqT;
-        entries.push_back({cqT.get(), physical, inner});
+        entries.push_back({cqT.get(), physical, equation});
+        physicalOffsets.push_back(physical);
         physical += body->getNumOfDof();
-        inner += body->numInnerConstraintDof;
+        equation += body->numInnerConstraintDof;
+    }
+    for (const auto& constraint : model.getConstraints()) {
+        const auto& objects = isTimeDerivative ? constraint->cqTdTObjects : constraint->cqTObjects;
+        for (std::size_t k = 0; k < objects.size(); ++k)
+            if (objects[k])
+                entries.push_back({objects[k].get(), physicalOffsets[constraint->cqTBodies[k]], equation});
+        equation += constraint->numOfConstraintDof;
     }
 }
 

@@ -1,6 +1,7 @@
 #include "velmora/global_matrix/MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure.h"
 
 #include "velmora/bodies/MBS_Body.h"
+#include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/global_matrix/MBS_ContributionCodes.h"
 #include "velmora/model/BlockProducts.h"
@@ -75,6 +76,8 @@ MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::MBS_PhysicalDOF_x_PhysicalDOF_Map_P
         collectBodies(model, types[k], scalingPointers[k], pairMap);
     for (std::size_t k = 0; k < types.size(); ++k)
         collectForces(model, types[k], scalingPointers[k], pairMap);
+    for (std::size_t k = 0; k < types.size(); ++k)
+        collectConstraints(model, types[k], scalingPointers[k], pairMap);
     pairs.reserve(pairMap.pairs.size());
     for (auto& [key, contributions] : pairMap.pairs) {
         Pair pair{key.first, key.second, std::move(contributions), {}};
@@ -114,6 +117,18 @@ void MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::collectForces(const MBS_ModelO
             if (matrix)
                 pairMap.pairs[{entry.rowBody, entry.colBody}].push_back({matrix, type, weight, true});
         }
+}
+
+void MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::collectConstraints(const MBS_ModelObjectLists& model,
+                                                                     unsigned type, const double* weight,
+                                                                     PairMap& pairMap) {
+    if (type != ExternalConstraintForce_q)
+        return;
+    for (const auto& constraint : model.getConstraints())
+        for (std::size_t k = 0; k < constraint->cqTLe_qBlocks.size(); ++k)
+            if (const auto* matrix = constraint->cqTLe_qBlocks[k].get())
+                pairMap.pairs[{constraint->cqTLe_qRowBodies[k], constraint->cqTLe_qColBodies[k]}].push_back(
+                    {matrix, type, weight, true});
 }
 
 MBS_ScatterPlan::Place MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::placeOf(const Pair& pair,

@@ -57,6 +57,8 @@ class MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure {
 
     static void collectBodies(const MBS_ModelObjectLists& model, unsigned type, const double* weight,
                               PairMap& pairMap);
+    static void collectConstraints(const MBS_ModelObjectLists& model, unsigned type, const double* weight,
+                                   PairMap& pairMap);
     static void collectForces(const MBS_ModelObjectLists& model, unsigned type, const double* weight,
                               PairMap& pairMap);
     /// Place k of a pair: position in the sparse matrix, size and shape.

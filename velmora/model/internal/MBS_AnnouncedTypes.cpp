@@ -29,10 +29,6 @@ constexpr MBS_BlockTypeInfo announcedTypes[] = {
     {"Measure", "Rotational", pending, {}},
     {"Measure", "FlexTranslational", pending, {}},
     {"Measure", "EP", pending, {}},
-    {"Constraint", "Generic", pending, {}},
-    {"Constraint", "TimeMotion", pending, {}},
-    {"Constraint", "Gear", pending, {}},
-    {"Constraint", "FixRiBoFleBo", pending, {}},
     {"Actor", "KinematicActor", pending, {}},
 };
 

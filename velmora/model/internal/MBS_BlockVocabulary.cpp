@@ -2,6 +2,8 @@
 
 #include "velmora/bodies/MBS_Body.h"
 #include "velmora/bodies/MBS_BodyTypes.h"
+#include "velmora/constraints/MBS_ConstraintTypes.h"
+#include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/forces/MBS_ForceTypes.h"
 #include "velmora/model/internal/MBS_AnnouncedTypes.h"
@@ -12,6 +14,8 @@ std::vector<MBS_BlockTypeInfo> MBS_getBlockVocabulary() {
     std::vector<MBS_BlockTypeInfo> vocabulary;
     for (const auto& row : MBS_bodyTypes())
         vocabulary.push_back({"Body", row.type, row.status, row.keys});
+    for (const auto& row : MBS_constraintTypes())
+        vocabulary.push_back({"Constraint", row.type, row.status, row.keys});
     for (const auto& row : MBS_forceTypes())
         vocabulary.push_back({"Force", row.type, row.status, row.keys});
     for (const auto& row : MBS_announcedTypes())

@@ -2,6 +2,7 @@
 
 #include "velmora/bodies/MBS_Body.h"
 #include "velmora/bodies/MBS_BodyGroup.h"
+#include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/global_matrix/MBS_GlobalModelMatrix.h"
 #include "velmora/io/IO_DataModel.h"
@@ -20,6 +21,7 @@ MBS_InternalModel::MBS_InternalModel(IO_DataModel* dataModel, IO_OutputManager* 
 
 MBS_InternalModel::~MBS_InternalModel() {
     forces.clear();
+    constraints.clear();
     bodies.clear();
 }
 
@@ -33,6 +35,12 @@ void MBS_InternalModel::addBody(std::unique_ptr<MBS_Body> body) {
     if (!body->isRigidBody())
         flexBodies.push_back(body.get());
     bodies.push_back(std::move(body));
+}
+
+void MBS_InternalModel::addConstraint(std::unique_ptr<MBS_ExtConstraint> constraint, bool isForResults) {
+    if (isForResults)
+        jointsForResults.push_back(constraint.get());
+    constraints.push_back(std::move(constraint));
 }
 
 void MBS_InternalModel::addForce(std::unique_ptr<MBS_Force> force) {
@@ -54,6 +62,8 @@ void MBS_InternalModel::sumUpDof() {
         numOfPhysicalDof += body->getNumOfDof();
         numOfInnerConstraintDof += body->numInnerConstraintDof;
     }
+    for (const auto& constraint : constraints)
+        numOfExternalConstraintDof += constraint->numOfConstraintDof;
     numOfAllDofInModel = numOfPhysicalDof + numOfExternalConstraintDof + numOfInnerConstraintDof;
 }
 
@@ -80,6 +90,16 @@ unsigned MBS_InternalModel::getNumOfFlexDofOfBody(unsigned i) const {
 }
 unsigned MBS_InternalModel::getNumOfInnerConstraintDofOfBody(unsigned i) const {
     return i < bodies.size() ? bodies[i]->numInnerConstraintDof : 0;
+}
+
+unsigned MBS_InternalModel::getNumOfExternalConstraints() const {
+    return static_cast<unsigned>(constraints.size());
+}
+unsigned MBS_InternalModel::getNumOfConstraintDofOfConstraint(unsigned i) const {
+    return i < constraints.size() ? constraints[i]->numOfConstraintDof : 0;
+}
+std::string MBS_InternalModel::getConstraintID(unsigned i) const {
+    return i < constraints.size() ? constraints[i]->uuid : std::string();
 }
 
 unsigned MBS_InternalModel::getNumOfExternalForces() const {

@@ -25,12 +25,17 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
     // Lists and look-ups.
     MBS_Body* getBodyByUUID(const std::string& uuid) const override;
     const std::vector<std::unique_ptr<MBS_Body>>& getBodies() const override { return bodies; }
+    const std::vector<std::unique_ptr<MBS_ExtConstraint>>& getConstraints() const override {
+        return constraints;
+    }
     const std::vector<std::unique_ptr<MBS_Force>>& getForces() const override { return forces; }
     const MBS_Model& getModel() const override { return *this; }
     void reportError(std::string message) override { appendErrorString(std::move(message)); }
 
     // What the builder adds; each takes the next index of its list.
     void addBody(std::unique_ptr<MBS_Body> body);
+    /// `isForResults`: its joint frame stands in the block of constraint states.
+    void addConstraint(std::unique_ptr<MBS_ExtConstraint> constraint, bool isForResults);
     void addForce(std::unique_ptr<MBS_Force> force);
     /// Keeps the place of a data object that could not be made.
     void addDataObjectUUID(const std::string& uuid) { dataObjectUUIDs.push_back(uuid); }
@@ -76,19 +81,28 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
     unsigned getNumOfRotDofOfBody(unsigned bodyIndex) const override;
     unsigned getNumOfFlexDofOfBody(unsigned bodyIndex) const override;
     unsigned getNumOfInnerConstraintDofOfBody(unsigned bodyIndex) const override;
+    unsigned getNumOfExternalConstraints() const override;
+    unsigned getNumOfConstraintDofOfConstraint(unsigned constraintIndex) const override;
+    std::string getConstraintID(unsigned constraintIndex) const override;
     unsigned getNumOfExternalForces() const override;
     unsigned getNumOfDataObjects() const override;
     unsigned getNumOfBodies() const override;
     unsigned getNumOfFlexBodies() const override;
     unsigned getNumOfZeroInertiaRigidBodies() const override;
     void getCurrentStateResultFileBlock(const P* q, std::vector<double*>* blocks) override;
+    void getCurrentConstraintStateResultFileBlock(const P* q, std::vector<double*>* blocks) override;
 
   private:
+    void getNormResiduals(const P* q, C* out);
+
     std::vector<std::unique_ptr<MBS_Body>> bodies;
     std::vector<std::shared_ptr<MBS_BodyGroup>> bodyGroups;
     std::vector<MBS_Body*> flexBodies;
     std::unordered_map<std::string, MBS_Body*> bodyByUUID; // first body of a UUID wins
-    std::vector<std::unique_ptr<MBS_Force>> forces;        // destroyed before the bodies
+    std::vector<std::unique_ptr<MBS_ExtConstraint>> constraints;
+    std::vector<MBS_ExtConstraint*> jointsForResults;
+    std::vector<std::unique_ptr<MBS_Force>>
+        forces; // destroyed before the constraints, these before the bodies
     std::vector<std::string> dataObjectUUIDs;
 };
 

@@ -1,5 +1,6 @@
 #include "velmora/bodies/MBS_Body.h"
 #include "velmora/bodies/MBS_BodyGroup.h"
+#include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/model/BlockProducts.h"
 #include "velmora/model/MBS_ModelDofVector.h"
@@ -36,7 +37,9 @@ void MBS_InternalModel::updateMatricesForEquationOfMotionAndComputeResiduumForCo
                                                                                         C* out) {
     updateMatricesForEquationOfMotion(t, q, qd, qdd);
     updateMeasures(t, q, qd, qdd);
-    getAndUpdateConstraints(t, q, qd, qdd, out);
+    getNormResiduals(q, out);
+    for (const auto& constraint : constraints)
+        constraint->updateForMotion(t, q, qd, qdd, out);
 }
 
 void MBS_InternalModel::updateMatricesForJacobian(double t, const P* q, const P* qd, const P* qdd,
@@ -45,11 +48,15 @@ void MBS_InternalModel::updateMatricesForJacobian(double t, const P* q, const P*
         group->updateForJacobian(t, q, qd, qdd, multipliers);
     for (const auto& force : forces)
         force->updateMatricesForJacobian(t, q, qd, qdd);
+    for (const auto& constraint : constraints)
+        constraint->updateForJacobian(t, q, qd, qdd, multipliers);
 }
 
 void MBS_InternalModel::setTimeOfLastSuccessfulStep(double t) {
     for (const auto& body : bodies)
         body->setTimeOfLastSuccessfulStep(t);
+    for (const auto& constraint : constraints)
+        constraint->setTimeOfLastSuccessfulStep(t);
     for (const auto& force : forces)
         force->setTimeOfLastSuccessfulStep(t);
 }
@@ -62,7 +69,9 @@ void MBS_InternalModel::updateForKinematicSolverAndComputeBbar(const P* q, P* ou
             body->aBar4KinSolver->update(0.0, q, nullptr, nullptr, nullptr);
         body->computeBbar(q, out);
     }
-    getAndUpdateConstraints(0.0, q, nullptr, nullptr, residual);
+    getNormResiduals(q, residual);
+    for (const auto& constraint : constraints)
+        constraint->updateForMotion(0.0, q, nullptr, nullptr, residual);
 }
 
 void MBS_InternalModel::getAccInertiaForces(const P* qdd, P* out) {
@@ -91,6 +100,8 @@ void MBS_InternalModel::getDampingForces(const P* qd, P* out) {
 void MBS_InternalModel::getConstraintForces(const C* multipliers, P* out) {
     for (const auto& group : bodyGroups)
         group->getInnerConstraintForces(multipliers, out);
+    for (const auto& constraint : constraints)
+        constraint->getConstraintForces(multipliers, out);
 }
 
 void MBS_InternalModel::getExternalForces(double t, const P* q, const P* qd, const P*, P* out) {
@@ -131,28 +142,45 @@ void MBS_InternalModel::getConstraintForceDqTimesW(const P* w, P* out) {
     clearAll(out);
     for (const auto& body : bodies)
         addTransposedProduct(*body->cqLi_q, w->bodyData(body->bodyIndex), out->bodyData(body->bodyIndex));
+    for (const auto& constraint : constraints)
+        for (std::size_t k = 0; k < constraint->cqTLe_qBlocks.size(); ++k)
+            if (const auto* block = constraint->cqTLe_qBlocks[k].get())
+                addTransposedProduct(*block, w->bodyData(constraint->cqTLe_qRowBodies[k]),
+                                     out->bodyData(constraint->cqTLe_qColBodies[k]));
 }
 
-void MBS_InternalModel::getAndUpdateConstraints(double, const P* q, const P*, const P*, C* out) {
+void MBS_InternalModel::getNormResiduals(const P* q, C* out) {
     for (const auto& group : bodyGroups)
         group->getNormResiduals(q, out);
 }
 
-void MBS_InternalModel::getCqdT_Mult_Qd(const P* q, const P* qd, const P*, C* out) {
+void MBS_InternalModel::getAndUpdateConstraints(double t, const P* q, const P* qd, const P* qdd, C* out) {
+    getNormResiduals(q, out);
+    for (const auto& constraint : constraints)
+        constraint->getAndUpdateConstraints(t, q, qd, qdd, out);
+}
+
+void MBS_InternalModel::getCqdT_Mult_Qd(const P* q, const P* qd, const P* qdd, C* out) {
     for (const auto& body : bodies) {
         body->cqTdT->update(0.0, q, qd, nullptr);
         double& result = out->innerEquationOfBody(body->bodyIndex);
         result = 0.0;
         addTransposedProduct(*body->cqTdT, qd->bodyData(body->bodyIndex), &result);
     }
+    for (const auto& constraint : constraints)
+        constraint->getCqdT_Mult_Qd(q, qd, qdd, out);
 }
 
-void MBS_InternalModel::get_C_t(double, const P*, const P*, const P*, C* out) {
+void MBS_InternalModel::get_C_t(double t, const P* q, const P* qd, const P* qdd, C* out) {
     clearAll(out);
+    for (const auto& constraint : constraints)
+        constraint->get_C_t(t, q, qd, qdd, out);
 }
 
-void MBS_InternalModel::get_C_t_order2(double, const P*, const P*, const P*, C* out) {
+void MBS_InternalModel::get_C_t_order2(double t, const P* q, const P* qd, const P* qdd, C* out) {
     clearAll(out);
+    for (const auto& constraint : constraints)
+        constraint->get_C_t_order2(t, q, qd, qdd, out);
 }
 
 void MBS_InternalModel::copyInitialDataIntoPhysicalDofVector(P* q, P* qd) {
@@ -166,6 +194,17 @@ void MBS_InternalModel::getCurrentStateResultFileBlock(const P* q, std::vector<d
         std::copy_n(q->bodyData(body->bodyIndex), 3, block);
         body->commons->updateRotationMatrix(q);
         body->commons->A.to(block + 3);
+    }
+}
+
+void MBS_InternalModel::getCurrentConstraintStateResultFileBlock(const P* q, std::vector<double*>* blocks) {
+    for (std::size_t k = 0; k < jointsForResults.size(); ++k) {
+        const MBS_ExtConstraint& joint = *jointsForResults[k];
+        const MBS_Body& body = *joint.constraintBodies[0];
+        body.commons->updateRotationMatrix(q);
+        const Mat3& A = body.commons->A;
+        (Vec3::from(q->bodyData(body.bodyIndex)) + A * joint.localLocation).to((*blocks)[k]);
+        (A * joint.localOrientation).to((*blocks)[k] + 3);
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include "velmora/bodies/MBS_Body.h"
 #include "velmora/bodies/MBS_BodyTypes.h"
+#include "velmora/constraints/MBS_ConstraintTypes.h"
+#include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/forces/MBS_ForceTypes.h"
 #include "velmora/io/IO_DataModel.h"
@@ -166,27 +168,42 @@ void MBS_ModelBuilder::buildConstraint(Block& block) {
         return buildGenericConstraint(block, ids);
     if (block.type == "FixRiBoFleBo")
         return buildFlexibleFixJoint(block, ids);
-    if (!isAnnounced("Constraint", block.type))
+    const MBS_ConstraintType* row = findType(MBS_constraintTypes(), block.type);
+    if (!row)
         return refuse(block, "ERROR: Type of constraint <" + block.type + "> not valid!\n");
     if (block.type == "Gear" && ids[1] == "0")
         return refuse(block, "ERROR: Gear-Constraint can only be defined between two rigid bodies!\n");
-    refuseUnavailable(block, "constraint");
+    if (!row->create)
+        return refuseUnavailable(block, "constraint");
+    addConstraint(row->create(&block, &model, model, model.getNumOfExternalConstraints(), ids[1] == "0"),
+                  true);
+}
+
+bool MBS_ModelBuilder::addConstraint(std::unique_ptr<MBS_ExtConstraint> constraint, bool isForResults) {
+    if (constraint->isErrorOccured())
+        return false;
+    model.addConstraint(std::move(constraint), isForResults);
+    return true;
 }
 
 void MBS_ModelBuilder::buildGenericConstraint(Block& block, const std::vector<std::string>& ids) {
-    bool isAnyFixed = false;
-    for (const char* key : {"dxFixed", "axFixed", "dyFixed", "ayFixed", "dzFixed", "azFixed"}) {
+    std::vector<const MBS_GenericFix*> fixes;
+    for (const MBS_GenericFix& fix : MBS_genericFixes()) {
         bool isFixed = false;
-        if (block.isKeyInBlock(key))
-            block.getValue(key, &isFixed);
-        isAnyFixed = isAnyFixed || isFixed;
+        if (block.isKeyInBlock(fix.key))
+            block.getValue(fix.key, &isFixed);
+        if (isFixed)
+            fixes.push_back(&fix);
     }
     if (reportReadErrors(block))
         return;
     if (ids[0] == "0")
         return refuse(block, "ERROR: Check BodyIDs, either Body-Ground or Body-Body Constraint is valid\n");
-    if (isAnyFixed)
-        refuseUnavailable(block, "constraint");
+    for (const MBS_GenericFix* fix : fixes)
+        if (!addConstraint(fix->create(&block, &model, model, model.getNumOfExternalConstraints(), fix->axis,
+                                       ids[1] == "0"),
+                           false))
+            return;
 }
 
 void MBS_ModelBuilder::buildFlexibleFixJoint(Block& block, const std::vector<std::string>& ids) {

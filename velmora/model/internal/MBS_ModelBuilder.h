@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -7,6 +8,7 @@ namespace velmora {
 
 class IO_DataModel;
 class IO_DataModelBlock;
+class MBS_ExtConstraint;
 class MBS_InternalModel;
 
 /// Builds a model's objects from the blocks of a data model, kind after kind in a fixed order: a reference
@@ -33,6 +35,8 @@ class MBS_ModelBuilder {
     void buildFlexTranslationalMeasure(Block& block, bool isToGround);
     void buildConstraint(Block& block);
     void buildGenericConstraint(Block& block, const std::vector<std::string>& ids);
+    /// Adds the constraint if it has no error, and tells so.
+    bool addConstraint(std::unique_ptr<MBS_ExtConstraint> constraint, bool isForResults);
     void buildFlexibleFixJoint(Block& block, const std::vector<std::string>& ids);
     void buildForce(Block& block);
     void buildActor(Block& block);
