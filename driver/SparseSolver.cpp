@@ -13,6 +13,9 @@ namespace {
 // Old pivots are given up when the pivot growth gets this much worse than with pivots of their own.
 constexpr double allowedLossOfPivotGrowth = 1.0e-3;
 
+// Old pivots are looked at more closely when the ratio of smallest to largest pivot gets this much worse.
+constexpr double suspiciousLossOfCondition = 1.0e-2;
+
 // Ratio of smallest to largest pivot, of rows scaled to one, that is nothing but rounding.
 constexpr double smallestPivotRatio = 0.5 * std::numeric_limits<double>::epsilon();
 
@@ -20,20 +23,61 @@ constexpr double smallestPivotRatio = 0.5 * std::numeric_limits<double>::epsilon
 
 SparseSolver::SparseSolver(const MBM_SparseMat_CSR3* sparseMatrix)
     : matrix(sparseMatrix),
-      size(static_cast<int>(sparseMatrix->rows)),
-      rowStarts(sparseMatrix->rows + 1),
-      columns(sparseMatrix->numNonZeros),
       common(std::make_unique<klu_common>()),
       symbolic(nullptr, FreeSymbolic{common.get()}),
       numeric(nullptr, FreeNumeric{common.get()}) {
-    const auto toZeroBased = [](unsigned index) { return static_cast<int>(index) - 1; };
-    std::transform(matrix->rowIndex, matrix->rowIndex + matrix->rows + 1, rowStarts.begin(), toZeroBased);
-    std::transform(matrix->colIndices, matrix->colIndices + matrix->numNonZeros, columns.begin(),
-                   toZeroBased);
     klu_defaults(common.get());
     common->ordering = 0; // approximate minimum degree
     common->btf = 0;      // the matrix of coupled equations is one block
+    leaveOut({});
+}
+
+void SparseSolver::leaveOut(const std::vector<unsigned>& equations) {
+    constexpr int notKept = -1;
+    std::vector<int> places(matrix->rows, 0); // per equation, in what is factorised
+    for (const unsigned equation : equations)
+        places[equation] = notKept;
+    kept.clear();
+    for (unsigned row = 0; row < matrix->rows; ++row) {
+        if (places[row] == notKept)
+            continue;
+        places[row] = static_cast<int>(kept.size());
+        kept.push_back(row);
+    }
+    rowStarts.assign(1, 0);
+    columns.clear();
+    sources.clear();
+    for (const unsigned row : kept) {
+        for (unsigned k = matrix->rowIndex[row] - 1; k < matrix->rowIndex[row + 1] - 1; ++k) {
+            const int column = places[matrix->colIndices[k] - 1];
+            if (column == notKept)
+                continue;
+            columns.push_back(column);
+            sources.push_back(k);
+        }
+        rowStarts.push_back(static_cast<int>(columns.size()));
+    }
+    if (equations.empty()) {
+        kept.clear();
+        sources.clear();
+    }
+    values.resize(sources.size());
+    keptUnknowns.resize(kept.size());
+    analyse();
+}
+
+void SparseSolver::analyse() {
+    size = static_cast<int>(rowStarts.size()) - 1;
+    numeric.reset();
     symbolic.reset(klu_analyze(size, rowStarts.data(), columns.data(), common.get()));
+}
+
+double* SparseSolver::gatherValues() {
+    if (sources.empty())
+        return matrix->values;
+    for (std::size_t k = 0; k < sources.size(); ++k)
+        values[k] = matrix->values[sources[k]];
+    return values.data();
 }
 
 bool SparseSolver::factorise() {
@@ -41,34 +85,47 @@ bool SparseSolver::factorise() {
         singularEquation = matrix->rows;
         return false;
     }
-    if (numeric && refactoriseWithOldPivots())
+    double* present = gatherValues();
+    if (numeric && refactoriseWithOldPivots(present))
         return true;
-    return factoriseWithNewPivots();
+    return factoriseWithNewPivots(present);
 }
 
 void SparseSolver::solve(double* rightHandSide) {
-    klu_tsolve(symbolic.get(), numeric.get(), size, 1, rightHandSide, common.get());
+    if (kept.empty()) {
+        klu_tsolve(symbolic.get(), numeric.get(), size, 1, rightHandSide, common.get());
+        return;
+    }
+    for (std::size_t i = 0; i < kept.size(); ++i)
+        keptUnknowns[i] = rightHandSide[kept[i]];
+    klu_tsolve(symbolic.get(), numeric.get(), size, 1, keptUnknowns.data(), common.get());
+    std::fill_n(rightHandSide, matrix->rows, 0.0);
+    for (std::size_t i = 0; i < kept.size(); ++i)
+        rightHandSide[kept[i]] = keptUnknowns[i];
 }
 
-bool SparseSolver::refactoriseWithOldPivots() {
+bool SparseSolver::refactoriseWithOldPivots(double* present) {
     ++refactorisations;
-    if (!klu_refactor(rowStarts.data(), columns.data(), matrix->values, symbolic.get(), numeric.get(),
+    if (!klu_refactor(rowStarts.data(), columns.data(), present, symbolic.get(), numeric.get(),
                       common.get()) ||
         common->status == KLU_SINGULAR)
         return false;
-    if (!klu_rgrowth(rowStarts.data(), columns.data(), matrix->values, symbolic.get(), numeric.get(),
-                     common.get()))
+    // Pivots tell at once that all is well; the growth takes a walk through the factors.
+    if (klu_rcond(symbolic.get(), numeric.get(), common.get()) &&
+        common->rcond > suspiciousLossOfCondition * conditionAtFactorisation)
+        return true;
+    if (!klu_rgrowth(rowStarts.data(), columns.data(), present, symbolic.get(), numeric.get(), common.get()))
         return false;
     return common->rgrowth > allowedLossOfPivotGrowth * pivotGrowthAtFactorisation;
 }
 
-bool SparseSolver::factoriseWithNewPivots() {
+bool SparseSolver::factoriseWithNewPivots(double* present) {
     ++factorisations;
-    numeric.reset(klu_factor(rowStarts.data(), columns.data(), matrix->values, symbolic.get(), common.get()));
+    numeric.reset(klu_factor(rowStarts.data(), columns.data(), present, symbolic.get(), common.get()));
     if (!numeric || common->status == KLU_SINGULAR) {
         // A column of the transposed matrix is an equation.
         const bool isKnown = common->status == KLU_SINGULAR && common->singular_col < size;
-        singularEquation = isKnown ? static_cast<unsigned>(common->singular_col) : matrix->rows;
+        singularEquation = isKnown ? getEquation(common->singular_col) : matrix->rows;
         numeric.reset();
         return false;
     }
@@ -78,8 +135,8 @@ bool SparseSolver::factoriseWithNewPivots() {
         numeric.reset();
         return false;
     }
-    klu_rgrowth(rowStarts.data(), columns.data(), matrix->values, symbolic.get(), numeric.get(),
-                common.get());
+    conditionAtFactorisation = common->rcond;
+    klu_rgrowth(rowStarts.data(), columns.data(), present, symbolic.get(), numeric.get(), common.get());
     pivotGrowthAtFactorisation = common->rgrowth;
     return true;
 }
@@ -88,7 +145,11 @@ unsigned SparseSolver::findSmallestPivot() const {
     const auto* pivots = static_cast<const double*>(numeric->Udiag);
     const auto* smallest = std::min_element(pivots, pivots + size,
                                             [](double a, double b) { return std::fabs(a) < std::fabs(b); });
-    return static_cast<unsigned>(symbolic->Q[smallest - pivots]);
+    return getEquation(symbolic->Q[smallest - pivots]);
+}
+
+unsigned SparseSolver::getEquation(int row) const {
+    return kept.empty() ? static_cast<unsigned>(row) : kept[static_cast<std::size_t>(row)];
 }
 
 } // namespace velmora::driver

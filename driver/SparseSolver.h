@@ -16,11 +16,16 @@ namespace velmora::driver {
 /// The compressed rows of J are handed to KLU as the compressed columns of J', and J x = b is solved with the
 /// transpose of that factorisation (Davis and Palamadai Natarajan, "Algorithm 907: KLU", 2010). The order of
 /// elimination is found once (approximate minimum degree). The first factorisation chooses pivots; later ones
-/// keep them, at a third of the cost, as long as they stay accurate.
+/// keep them, at a third of the cost, as long as they stay accurate. Some equations may be left out, together
+/// with the unknowns of the same numbers.
 class SparseSolver {
   public:
     /// Analyses the pattern. The matrix isn't owned and must outlive the solver.
     explicit SparseSolver(const MBM_SparseMat_CSR3* matrix);
+
+    /// Analyses the pattern without these equations and their unknowns, which `solve` sets to 0. Replaces an
+    /// earlier choice; allocates.
+    void leaveOut(const std::vector<unsigned>& equations);
 
     /// Factorises the present values; false if the matrix is singular: `singularEquation` then tells where.
     bool factorise();
@@ -43,17 +48,25 @@ class SparseSolver {
         void operator()(klu_numeric* factors) const { klu_free_numeric(&factors, common); }
     };
 
-    bool refactoriseWithOldPivots();
-    bool factoriseWithNewPivots();
+    void analyse();
+    double* gatherValues();
+    bool refactoriseWithOldPivots(double* values);
+    bool factoriseWithNewPivots(double* values);
     unsigned findSmallestPivot() const;
+    unsigned getEquation(int row) const;
 
-    const MBM_SparseMat_CSR3* matrix; // not owned
-    int size;
-    std::vector<int> rowStarts, columns; // zero-based pattern of the matrix
-    std::unique_ptr<klu_common> common;  // at a fixed address: the two below refer to it
+    const MBM_SparseMat_CSR3* matrix;    // not owned
+    int size = 0;                        // of what is factorised
+    std::vector<int> rowStarts, columns; // zero-based pattern of what is factorised
+    // These are empty if nothing is left out.
+    std::vector<unsigned> kept;    // equation per row of what is factorised
+    std::vector<unsigned> sources; // place in the matrix per value of what is factorised
+    std::vector<double> values, keptUnknowns;
+    std::unique_ptr<klu_common> common; // at a fixed address: the two below refer to it
     std::unique_ptr<klu_symbolic, FreeSymbolic> symbolic;
     std::unique_ptr<klu_numeric, FreeNumeric> numeric;
     double pivotGrowthAtFactorisation = 1.0;
+    double conditionAtFactorisation = 1.0; // smallest over largest pivot
     unsigned singularEquation = 0;
     unsigned long factorisations = 0;
     unsigned long refactorisations = 0;

@@ -240,6 +240,13 @@ TEST(SparseSolver, KeepsPivotsWhileTheyServeAndNamesTheSingularEquation) {
     residual({1.0, 1.0, 2.0, 3.0, 0.0});
     EXPECT_FALSE(solver.factorise());
     EXPECT_EQ(solver.getSingularEquation(), 2u);
+    solver.leaveOut({0});
+    EXPECT_FALSE(solver.factorise());
+    EXPECT_EQ(solver.getSingularEquation(), 2u);
+    x = residual({0.0, 1.0, 2.0, 4.0, 5.0});
+    ASSERT_TRUE(solver.factorise());
+    solver.solve(x.data());
+    EXPECT_EQ(x, (std::array<double, 3>{0.0, 0.5, 0.6}));
 }
 
 } // namespace
