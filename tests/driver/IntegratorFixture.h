@@ -107,6 +107,10 @@ class ProbeModel : public MBS_Model {
     unsigned getNumOfInnerConstraintDofOfBody(unsigned i) const override {
         return real->getNumOfInnerConstraintDofOfBody(i);
     }
+    unsigned getNumOfConstraintDofOfConstraint(unsigned i) const override {
+        return real->getNumOfConstraintDofOfConstraint(i);
+    }
+    unsigned getNumOfExternalConstraints() const override { return real->getNumOfExternalConstraints(); }
     unsigned getNumOfExternalForces() const override { return real->getNumOfExternalForces(); }
     unsigned getNumOfBodies() const override { return real->getNumOfBodies(); }
 
