@@ -22,7 +22,7 @@ const std::string dashes(35, '-');
 class Results : public ModelFixture {
   protected:
     Results() {
-        for (const char* extension : {"srf", "vrf", "arf"})
+        for (const char* extension : {"srf", "vrf", "arf", "crf", "lrf"})
             std::filesystem::remove(std::string("test.") + extension);
         addRigidBody(data, "first");
         addRigidBody(data, "second");
@@ -41,6 +41,7 @@ class Results : public ModelFixture {
         model->copyInitialDataIntoPhysicalDofVector(&q, &qd);
         model->updateMatricesForEquationOfMotion(0.0, &q, &qd, &qdd);
         std::fill_n(qdd.dofVector->data, 14, 0.25);
+        std::fill_n(lambda.dofVector->data, lambda.getNumOfConstraints(), -2.5);
         std::vector<double> written;
         for (const double t : asked)
             if (manager.writeResultsToFile(t, &q, &qd, &qdd, &lambda))
@@ -87,6 +88,28 @@ TEST_F(Results, FilesHaveHeaderTopologyAndRecords) {
     EXPECT_FALSE(std::filesystem::exists("test.frf") || std::filesystem::exists("test.mrf"));
 }
 
+TEST_F(Results, ConstraintsHaveALineEach) {
+    addBlock(data, "Constraint", "Generic", "support", {{"BodyIDs", "first, 0"}, {"dxFixed", "yes"}});
+    addBlock(data, "Constraint", "Generic", "joint", {{"BodyIDs", "first, second"}, {"azFixed", "yes"}});
+    build();
+    recordTimes(*makeManager({{"WriteConstraintForceResultFile", "yes"},
+                              {"WriteExtConstraintLagrangeResultFile", "yes"}}),
+                {1.0});
+    const auto forces = linesOf("test.crf"), multipliers = linesOf("test.lrf");
+    ASSERT_EQ(forces.size(), 21u);
+    EXPECT_EQ(forces[10], "Constraint Result File (.crf)");
+    EXPECT_EQ(forces[14], "support joint");
+    const auto numbersIn = [](const std::string& line) { return std::count(line.begin(), line.end(), ' '); };
+    EXPECT_EQ(numbersIn(forces[19]), 12); // one body
+    EXPECT_EQ(numbersIn(forces[20]), 24); // two bodies
+    ASSERT_EQ(multipliers.size(), 21u);
+    EXPECT_THAT(std::vector(multipliers.begin() + 10, multipliers.begin() + 15),
+                testing::ElementsAre("External Constraints Lagrange Multipliers Result File (.lrf)", dashes,
+                                     "Topology", dashes, "support joint"));
+    EXPECT_THAT(std::vector(multipliers.begin() + 18, multipliers.end()),
+                testing::ElementsAre("1.000000000000E+00", "-2.500000000000E+00 ", "-2.500000000000E+00 "));
+}
+
 TEST_F(Results, ScheduleDecidesWhenARecordIsDue) {
     build();
     const auto manager = makeManager({{"WriteStateResultFile", "yes"},
@@ -121,6 +144,8 @@ TEST_F(Results, CopiesShareTheWriters) {
 
 TEST_F(Results, WhatCannotBeWrittenIsTold) {
     output.directory = "no_such_folder";
+    for (const char* uuid : {"g1", "g2"}) // a second gravity counts as a force to be shown
+        addBlock(data, "Force", "Gravity", uuid, {{"GravityAccVector", "0, 0, -9.81"}});
     build();
     const auto manager = makeManager({{"WriteStateResultFile", "yes"}});
     EXPECT_TRUE(manager->isErrorOccured());
@@ -128,12 +153,11 @@ TEST_F(Results, WhatCannotBeWrittenIsTold) {
               "ERROR: Could not open file : no_such_folder/test.srf\nCould not open result "
               "file to write. Check path and/or free disc space");
     output.directory = "";
-    makeManager({{"WriteConstraintForceResultFile", "yes"}, {"OutputTimeBegin", "soon"}});
+    makeManager({{"WriteForceResultFile", "yes"}, {"OutputTimeBegin", "soon"}});
     const std::string prefix = "In Block <Results> prior to line number 0:\n";
     EXPECT_EQ(
         takeMessages(),
-        prefix +
-            "ERROR: Result file of key <WriteConstraintForceResultFile> is not available in this build!\n\n" +
+        prefix + "ERROR: Result file of key <WriteForceResultFile> is not available in this build!\n\n" +
             prefix +
             "ERROR: In definition of key <OutputTimeBegin>: \nNot able to convert < soon> to double value!"
             "\n\n\n\n");

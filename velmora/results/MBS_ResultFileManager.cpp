@@ -6,6 +6,7 @@
 #include "velmora/model/MBS_Model.h"
 #include "velmora/model/MBS_ModelLookUp.h"
 #include "velmora/results/MBS_BodyResultFileWriters.h"
+#include "velmora/results/MBS_ConstraintResultFileWriters.h"
 
 #include <algorithm>
 #include <array>
@@ -49,8 +50,8 @@ constexpr FileKind fileKinds[] = {
     {"WriteVelocityResultFile", "vrf", always, make<MBS_VelocityResultFileWriter>},
     {"WriteAccelerationResultFile", "arf", always, make<MBS_AccelerationResultFileWriter>},
     {"WriteForceResultFile", "frf", hasForceBesideGravity, nullptr},
-    {"WriteConstraintForceResultFile", "crf", always, nullptr},
-    {"WriteExtConstraintLagrangeResultFile", "lrf", always, nullptr},
+    {"WriteConstraintForceResultFile", "crf", always, make<MBS_ConstraintResultFileWriter>},
+    {"WriteExtConstraintLagrangeResultFile", "lrf", always, make<MBS_ExtConstraintsLagrangeResultFileWriter>},
     {"WriteMeasureResultFile", "mrf", hasMeasures, nullptr},
 };
 

@@ -41,7 +41,8 @@ class VELMORA_EXPORT MBS_ResultFileManager {
     bool openAllResultFiles();
     /// Closes every open file.
     void closeAllResultFiles();
-    /// Writes a record to each file if one is due at t; true if so. Body caches must be those of q, qd.
+    /// Writes a record to each file if one is due at t; true if so. Caches of bodies and constraints must
+    /// be those of q, qd.
     bool writeResultsToFile(double t, MBS_ModelPhysicalDofVector* q, MBS_ModelPhysicalDofVector* qd,
                             MBS_ModelPhysicalDofVector* qdd, MBS_ModelConstraintDofVector* multipliers);
 
