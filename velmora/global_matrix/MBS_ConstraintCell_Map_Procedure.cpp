@@ -4,7 +4,12 @@
 #include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/global_matrix/MBS_ContributionCodes.h"
 #include "velmora/matrix/MBM_DenseMatrix.h"
+#include "velmora/model/BlockProducts.h"
+#include "velmora/model/MBS_Math.h"
+#include "velmora/model/MBS_ModelDofVector.h"
 #include "velmora/model/MBS_ModelLookUp.h"
+
+#include <algorithm>
 
 namespace velmora {
 
@@ -43,6 +48,18 @@ void MBS_ConstraintCell_Map_Procedure::initMappers(MBM_SparseMat_CSR3& sparse) {
     }
 }
 
+// Objects of one constraint stand side by side.
+void MBS_ConstraintCell_Map_Procedure::multiplyCq(const double* coordinates, double* equations) const {
+    const Entry* last = nullptr;
+    for (const Entry& entry : entries) {
+        double* result = equations + entry.constraintOffset;
+        if (!last || last->constraintOffset != entry.constraintOffset)
+            std::fill_n(result, entry.cqT->constraintDof, 0.0);
+        addTransposedProduct(*entry.cqT, coordinates + entry.physicalOffset, result);
+        last = &entry;
+    }
+}
+
 void MBS_ConstraintCell_Map_Procedure::addPart(MBM_SparseMat_CSR3& sparse, const Entry& entry,
                                                const MBM_DenseMatrix* part, unsigned kindOffset) {
     if (!part)
@@ -77,6 +94,13 @@ void MBS_ConstraintDOF_x_PhysicalDOF_Map_Procedure::addPattern(std::vector<unsig
     for (const Entry& entry : entries)
         entry.cqT->addPatternOfCq(rows, cols, rowOffset + entry.constraintOffset,
                                   colOffset + entry.physicalOffset);
+}
+
+// Declared in `model`, which knows no maps.
+void MBS_Math::Cq_mult_PhysDofVec(const MBS_PhysicalDOF_x_ConstraintDOF_Map_Procedure* map, const P* x,
+                                  C* y) {
+    if (y->dofVector)
+        map->multiplyCq(x->dofVector->data, y->dofVector->data);
 }
 
 } // namespace velmora

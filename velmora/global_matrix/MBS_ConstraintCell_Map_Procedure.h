@@ -27,6 +27,9 @@ class MBS_ConstraintCell_Map_Procedure {
     void initMappers(MBM_SparseMat_CSR3& sparse);
     /// Scatters all objects with the cell's weight.
     void refresh() { plan.run(nullptr); }
+    /// equations = Cq coordinates with all objects, unweighted; both are arrays over the whole vectors.
+    /// Equations that no object reaches keep their value.
+    void multiplyCq(const double* coordinates, double* equations) const;
 
   protected:
     /// One object and its place within the cell.

@@ -1,7 +1,7 @@
 #include "velmora/global_matrix/MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure.h"
 
 #include "velmora/bodies/MBS_Body.h"
-#include "velmora/constraints/MBS_ExtConstraint.h"
+#include "velmora/constraints/MBS_ConstraintGroup.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/global_matrix/MBS_ContributionCodes.h"
 #include "velmora/model/BlockProducts.h"
@@ -124,11 +124,9 @@ void MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::collectConstraints(const MBS_M
                                                                      PairMap& pairMap) {
     if (type != ExternalConstraintForce_q)
         return;
-    for (const auto& constraint : model.getConstraints())
-        for (std::size_t k = 0; k < constraint->cqTLe_qBlocks.size(); ++k)
-            if (const auto* matrix = constraint->cqTLe_qBlocks[k].get())
-                pairMap.pairs[{constraint->cqTLe_qRowBodies[k], constraint->cqTLe_qColBodies[k]}].push_back(
-                    {matrix, type, weight, true});
+    for (const auto& group : model.getConstraintGroups())
+        for (const auto& part : group->cqTLe_q)
+            pairMap.pairs[{part.rowBody, part.colBody}].push_back({part.block, type, weight, true});
 }
 
 MBS_ScatterPlan::Place MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::placeOf(const Pair& pair,

@@ -99,6 +99,21 @@ void MBS_Math::matScaling(MBS_BodyBodyMatrixInstance* S, double s) {
                 matInPlaceScaling(*block, s);
 }
 
+void MBS_Math::matScaling(MBS_General_CqT* B, double s) {
+    if (!B || s == 1.0)
+        return;
+    for (MBM_DenseMatrix* part : {B->tPart.get(), B->rPart.get(), B->fPart.get()})
+        if (part && s == 0.0)
+            part->setAllToZero();
+        else if (part)
+            matInPlaceScaling(*part, s);
+}
+
+void MBS_Math::CqTTmultDenseVec(const MBS_General_CqT* B, const MBM_DenseVector* x, MBM_DenseVector* y) {
+    std::fill_n(y->data, y->size, 0.0);
+    addTransposedProduct(*B, x->data, y->data);
+}
+
 void MBS_Math::euclideanNormOfGeneralBodyBodyMatrix(const MBS_GeneralBodyBodyMatrix* M, double* result) {
     std::array<double, 9> norms{};
     for (unsigned k = 0; k < 9; ++k)

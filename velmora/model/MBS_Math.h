@@ -10,8 +10,10 @@ class MBM_DenseVector;
 class MBM_GeneralDenseMatrix;
 class MBS_BodyBodyMatrixInstance;
 class MBS_GeneralBodyBodyMatrix;
+class MBS_General_CqT;
 class MBS_ModelConstraintDofVector;
 class MBS_ModelPhysicalDofVector;
+class MBS_PhysicalDOF_x_ConstraintDOF_Map_Procedure;
 
 /// Combines the structured objects of the kernel: vectors over degrees of freedom and body-by-body matrices.
 /// Results go to the last argument. Operands have fitting sizes; nothing is tested.
@@ -38,6 +40,14 @@ class VELMORA_EXPORT MBS_Math : public MBM_Math {
     static void matMatInPlaceSum(MBS_BodyBodyMatrixInstance* S, const MBS_GeneralBodyBodyMatrix* M, double s);
     /// S = s S; a null pointer does nothing.
     static void matScaling(MBS_BodyBodyMatrixInstance* S, double s);
+    /// B = s B for a transposed constraint Jacobian; a null pointer does nothing.
+    static void matScaling(MBS_General_CqT* B, double s);
+    /// y = B' x for a transposed constraint Jacobian: x over the coordinates of its body, y over the
+    /// equations.
+    static void CqTTmultDenseVec(const MBS_General_CqT* B, const MBM_DenseVector* x, MBM_DenseVector* y);
+    /// y = Cq x with the objects of a map. Equations that no object reaches keep their value.
+    static void Cq_mult_PhysDofVec(const MBS_PhysicalDOF_x_ConstraintDOF_Map_Procedure* map, const P* x,
+                                   C* y);
     /// Norm of all elements of all blocks as one long vector.
     static void euclideanNormOfGeneralBodyBodyMatrix(const MBS_GeneralBodyBodyMatrix* M, double* result);
     /// One line to standard output: a, the name, then b times the norm of each of the nine blocks.
