@@ -17,8 +17,7 @@ namespace velmora::driver {
 
 namespace {
 
-constexpr double dependence = 1e-6;
-constexpr double negligibleCoefficient = 1e-5; // of rows of length 1: what dependence lets in, and some
+constexpr double negligibleCoefficient = 10.0; // of rows of length 1, in tolerances: what these let in
 constexpr double emptyRow = 1e-100;
 
 /// Workspace and matrices of the library, which it frees by its own functions.
@@ -34,7 +33,7 @@ class Workspace {
     }
 
     void setColumns(const SparseRows& rows, const std::vector<double>& lengths);
-    unsigned factorise(int ordering);
+    unsigned factorise(int ordering, double tolerance);
     /// Per row of the input, after a factorisation in their order: whether it is dependent.
     std::vector<bool> findDependentRows();
     /// Coefficients of the kept rows, in their order, for a dependent row.
@@ -62,10 +61,10 @@ void Workspace::setColumns(const SparseRows& rows, const std::vector<double>& le
             static_cast<double*>(A->x)[k] = rows.values[k] / lengths[row];
 }
 
-unsigned Workspace::factorise(int ordering) {
+unsigned Workspace::factorise(int ordering, double tolerance) {
     cholmod_l_free_sparse(&R, &common);
     SuiteSparse_long* order = nullptr;
-    const SuiteSparse_long rank = SuiteSparseQR_C(ordering, dependence, 0, 0, A, nullptr, nullptr, nullptr,
+    const SuiteSparse_long rank = SuiteSparseQR_C(ordering, tolerance, 0, 0, A, nullptr, nullptr, nullptr,
                                                   nullptr, &R, &order, nullptr, nullptr, nullptr, &common);
     if (order)
         cholmod_l_free(A->ncol, sizeof *order, order, &common);
@@ -109,7 +108,9 @@ std::vector<double> Workspace::getCombination(unsigned row) const { // (2)
     return x;
 }
 
-std::vector<double> getLengths(const SparseRows& rows) {
+} // namespace
+
+std::vector<double> getRowLengths(const SparseRows& rows) {
     std::vector<double> lengths(rows.getNumOfRows());
     for (unsigned row = 0; row < lengths.size(); ++row) {
         double sum = 0.0;
@@ -121,21 +122,19 @@ std::vector<double> getLengths(const SparseRows& rows) {
     return lengths;
 }
 
-} // namespace
-
-ConstraintRank findRank(const SparseRows& rows) {
+ConstraintRank findRank(const SparseRows& rows, double tolerance) {
     const unsigned numOfRows = rows.getNumOfRows();
     if (numOfRows == 0)
         return {};
-    const std::vector<double> lengths = getLengths(rows);
+    const std::vector<double> lengths = getRowLengths(rows);
     Workspace workspace;
     workspace.setColumns(rows, lengths);
     // The order of least fill suffices to see that nothing is dependent; which rows are, their own order
     // says.
-    ConstraintRank result{workspace.factorise(SPQR_ORDERING_COLAMD), {}};
+    ConstraintRank result{workspace.factorise(SPQR_ORDERING_COLAMD, tolerance), {}};
     if (result.rank == numOfRows)
         return result;
-    workspace.factorise(SPQR_ORDERING_FIXED);
+    workspace.factorise(SPQR_ORDERING_FIXED, tolerance);
     const std::vector<bool> isDependent = workspace.findDependentRows();
     const std::vector<unsigned>& kept = workspace.getKeptRows();
     result.rank = static_cast<unsigned>(kept.size());
@@ -145,7 +144,7 @@ ConstraintRank findRank(const SparseRows& rows) {
         DependentEquation found{row, {}};
         const std::vector<double> x = workspace.getCombination(row);
         for (std::size_t j = 0; j < kept.size(); ++j)
-            if (std::fabs(x[j]) > negligibleCoefficient)
+            if (std::fabs(x[j]) > negligibleCoefficient * tolerance)
                 found.combination.emplace_back(kept[j], x[j] * lengths[row] / lengths[kept[j]]);
         result.dependent.push_back(std::move(found));
     }

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 
 namespace velmora::driver {
@@ -46,6 +47,7 @@ EquationNames::EquationNames(const MBS_Model* multibodyModel, IO_DataModel* inpu
     : model(multibodyModel),
       dataModel(input),
       numOfPhysicalDof(multibodyModel->getNumOfPhysicalDof()) {
+    collectRows();
     collectConstraints();
 }
 
@@ -65,28 +67,29 @@ void EquationNames::collectConstraints() {
         sources.clear();
 }
 
-EquationNames::Place EquationNames::locate(unsigned row) const {
-    unsigned rest = row;
+void EquationNames::collectRows() {
     const unsigned numOfBodies = model->getNumOfBodies();
-    for (unsigned body = 0; row < numOfPhysicalDof && body < numOfBodies; ++body) {
-        const unsigned size = model->getNumOfTransDofOfBody(body) + model->getNumOfRotDofOfBody(body) +
-                              model->getNumOfFlexDofOfBody(body);
-        if (rest < size)
-            return {Place::Coordinate, body, rest};
-        rest -= size;
-    }
-    rest = row - numOfPhysicalDof;
-    for (unsigned body = 0; body < numOfBodies; ++body) {
-        if (rest < model->getNumOfInnerConstraintDofOfBody(body))
-            return {Place::Norm, body, rest};
-        rest -= model->getNumOfInnerConstraintDofOfBody(body);
-    }
-    for (unsigned constraint = 0; constraint < model->getNumOfExternalConstraints(); ++constraint) {
-        if (rest < model->getNumOfConstraintDofOfConstraint(constraint))
-            return {Place::Constraint, constraint, rest};
-        rest -= model->getNumOfConstraintDofOfConstraint(constraint);
-    }
-    return {};
+    unsigned row = 0;
+    const auto add = [&](Place::Kind kind, unsigned owner, unsigned size) {
+        if (size > 0)
+            owners.push_back({row, kind, owner});
+        row += size;
+    };
+    for (unsigned body = 0; body < numOfBodies; ++body)
+        add(Place::Coordinate, body,
+            model->getNumOfTransDofOfBody(body) + model->getNumOfRotDofOfBody(body) +
+                model->getNumOfFlexDofOfBody(body));
+    for (unsigned body = 0; body < numOfBodies; ++body)
+        add(Place::Norm, body, model->getNumOfInnerConstraintDofOfBody(body));
+    for (unsigned i = 0; i < model->getNumOfExternalConstraints(); ++i)
+        add(Place::Constraint, i, model->getNumOfConstraintDofOfConstraint(i));
+    add(Place::Unknown, 0, 1);
+}
+
+EquationNames::Place EquationNames::locate(unsigned row) const {
+    const auto next = std::ranges::upper_bound(owners, row, {}, &Owner::firstRow);
+    const Owner& owner = *(next - 1);
+    return {owner.kind, owner.index, row - owner.firstRow};
 }
 
 const EquationNames::Source* EquationNames::getSource(unsigned constraint) const {

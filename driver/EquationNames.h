@@ -43,6 +43,12 @@ class EquationNames {
         IO_DataModelBlock* block; // not owned
         std::string flag;         // that called for the constraint; empty if the type does
     };
+    struct Owner {
+        unsigned firstRow;
+        Place::Kind kind;
+        unsigned index;
+    };
+    void collectRows();
     void collectConstraints();
     const Source* getSource(unsigned constraint) const;
     std::string getBodyUuid(unsigned body) const;
@@ -50,6 +56,7 @@ class EquationNames {
     const MBS_Model* model;  // not owned
     IO_DataModel* dataModel; // not owned
     unsigned numOfPhysicalDof;
+    std::vector<Owner> owners;   // in the order of their rows
     std::vector<Source> sources; // per constraint; empty if blocks and constraints don't correspond
 };
 

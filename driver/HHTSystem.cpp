@@ -10,6 +10,7 @@ namespace {
 
 constexpr unsigned translationsPerBody = 3;
 constexpr unsigned eulerParametersPerBody = 4;
+constexpr double eulerParametersPerAngle = 0.5;
 
 /// Adds the time until its end to a sum.
 class Stopwatch {
@@ -154,18 +155,55 @@ bool HHTSystem::evaluate(const HHTState& state) {
     return isFinite(*residual.dofVector) && isFinite(*constraintResidual.dofVector);
 }
 
+void HHTSystem::refreshJacobian(const HHTState& state, double c1, double c2) {
+    const Stopwatch watch(kernelTime);
+    model->updateMatricesForJacobian(state.time, &state.q, &state.qd, &state.qdd, &state.lambda);
+    std::transform(std::begin(contributions), std::end(contributions), weights.begin(),
+                   [&](const Contribution& of) {
+                       return of.constant + c1 * of.ofC1 + c2 * of.ofC2 + typicalMass * of.ofMass;
+                   });
+    matrix->setScalingValues(weights);
+    matrix->update();
+}
+
 bool HHTSystem::refreshMatrix(const HHTState& state, double c1, double c2) {
-    {
-        const Stopwatch watch(kernelTime);
-        model->updateMatricesForJacobian(state.time, &state.q, &state.qd, &state.qdd, &state.lambda);
-        std::transform(std::begin(contributions), std::end(contributions), weights.begin(),
-                       [&](const Contribution& of) {
-                           return of.constant + c1 * of.ofC1 + c2 * of.ofC2 + typicalMass * of.ofMass;
-                       });
-        matrix->setScalingValues(weights);
-        matrix->update();
-    }
+    refreshJacobian(state, c1, c2);
     return solver->factorise();
+}
+
+SparseRows HHTSystem::getConstraintRows() const {
+    const auto hasExtent = [](double length) { return length > 0.0 && std::isfinite(length); };
+    const double typical = std::accumulate(bodyGyrations.begin(), bodyGyrations.end(), 0.0) /
+                           static_cast<double>(bodyGyrations.size());
+    std::vector<double> scales(numOfPhysicalDof, 1.0);
+    for (std::size_t body = 0; body < bodyGyrations.size(); ++body) {
+        const double length = hasExtent(bodyGyrations[body]) ? bodyGyrations[body]
+                              : hasExtent(typical)           ? typical
+                                                             : 1.0;
+        double* scale = scales.data() + residual.bodyOffset[body];
+        std::fill_n(scale, translationsPerBody, length);
+        std::fill_n(scale + translationsPerBody, eulerParametersPerBody, eulerParametersPerAngle);
+    }
+    SparseRows rows;
+    rows.numOfColumns = numOfPhysicalDof;
+    const MBM_SparseMat_CSR3& J = *matrix->getPointerToSparseJacobian();
+    for (unsigned row = numOfPhysicalDof; row < numOfPhysicalDof + numOfConstraints; ++row) {
+        for (unsigned k = J.rowIndex[row] - 1; k < J.rowIndex[row + 1] - 1; ++k) {
+            const unsigned column = J.colIndices[k] - 1;
+            rows.columns.push_back(column);
+            rows.values.push_back(J.values[k] / typicalMass * scales[column]);
+        }
+        rows.starts.push_back(static_cast<unsigned>(rows.values.size()));
+    }
+    return rows;
+}
+
+void HHTSystem::leaveOut(const std::vector<unsigned>& equations) {
+    leftOut = equations;
+    std::vector<unsigned> rows;
+    for (const unsigned equation : equations)
+        rows.push_back(numOfPhysicalDof + equation);
+    solver->leaveOut(rows);
 }
 
 void HHTSystem::solve(const double* physicalResidual, const double* constraintPart) {

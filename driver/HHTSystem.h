@@ -1,5 +1,6 @@
 #pragma once
 
+#include "driver/ConstraintRank.h"
 #include "driver/SparseSolver.h"
 
 #include <velmora/velmora.h>
@@ -39,6 +40,18 @@ class HHTSystem {
     /// Evaluates residual and forces and leaves the kernel's caches at this state. False if a value of the
     /// residual isn't finite.
     bool evaluate(const HHTState& state);
+
+    /// Refreshes the matrix at the state of the last `evaluate`, for `computeVelocityResidual` and
+    /// `getConstraintRows`.
+    void refreshJacobian(const HHTState& state, double c1 = 0.0, double c2 = 0.0);
+    /// Constraint Jacobian of the last refresh, with scaled columns: a translation of 1 is one by the body's
+    /// radius of gyration, a rotation of 1 one by the angle 1.
+    SparseRows getConstraintRows() const;
+    /// Leaves constraint equations, from 0, out of the system: their multipliers are 0. Replaces an earlier
+    /// choice.
+    void leaveOut(const std::vector<unsigned>& equations);
+    /// The equations that are left out.
+    const std::vector<unsigned>& getLeftOut() const { return leftOut; }
 
     /// Refreshes and factorises the matrix at the state of the last `evaluate`; false if it is singular.
     bool refreshMatrix(const HHTState& state, double c1, double c2);
@@ -88,6 +101,7 @@ class HHTSystem {
     MBS_ModelPhysicalDofVector work;
     MBS_ModelConstraintDofVector constraintWork;
     double typicalMass = 1.0;
+    std::vector<unsigned> leftOut;
     std::vector<double> weights;
     std::unique_ptr<MBS_GlobalModelMatrix> matrix;
     std::unique_ptr<SparseSolver> solver;
