@@ -1,6 +1,8 @@
 #include "tests/support/AllocationCounter.h"
 #include "tests/support/DerivativeChecker.h"
 #include "tests/support/ModelFixture.h"
+#include "velmora/constraints/MBS_ExtConstraint.h"
+#include "velmora/model/internal/MBS_InternalModel.h"
 
 namespace velmora::test {
 namespace {
@@ -11,6 +13,23 @@ TEST_F(Allocations, EvaluationMakesNone) {
     for (const char* uuid : {"a", "b", "c"})
         addRigidBody(data, uuid);
     addBlock(data, "Force", "Gravity", "g", {{"GravityAccVector", "0, 0, -9.81"}, {"ActivationTime", "1"}});
+    addBlock(data, "Constraint", "Generic", "weld",
+             {{"BodyIDs", "a, b"},
+              {"dxFixed", "yes"},
+              {"axFixed", "yes"},
+              {"dyFixed", "yes"},
+              {"ayFixed", "yes"},
+              {"dzFixed", "yes"},
+              {"azFixed", "yes"}});
+    addBlock(data, "Constraint", "Generic", "support",
+             {{"BodyIDs", "a, 0"}, {"dxFixed", "yes"}, {"axFixed", "yes"}});
+    addBlock(data, "Constraint", "Gear", "gear",
+             {{"BodyIDs", "b, c"},
+              {"LocationBody1", "0, 0, 0"},
+              {"LocationBody2", "0, 0, 0"},
+              {"VectorBody1", "0, 0, 1"},
+              {"VectorBody2", "0, 0, 1"},
+              {"Multiplier", "1, 2"}});
     build();
     std::mt19937 random{11};
     State s = randomState(*model, random);
@@ -23,6 +42,7 @@ TEST_F(Allocations, EvaluationMakesNone) {
         model->createModelRelatedMatrix(3, 2, &types, &rows, &cols, &weights, false));
     std::vector<double> state(12);
     std::vector<double*> blocks(3, state.data());
+    MBS_ExtConstraint::ResultData reaction;
 
     const unsigned long before = allocationCount();
     for (int n = 0; n < 2; ++n) {
@@ -42,6 +62,9 @@ TEST_F(Allocations, EvaluationMakesNone) {
         model->get_C_t(0.1, &s.q, &s.qd, &s.qdd, &c);
         model->updateForKinematicSolverAndComputeBbar(&s.q, &f, &c);
         model->getCurrentStateResultFileBlock(&s.q, &blocks);
+        model->getCurrentConstraintStateResultFileBlock(&s.q, &blocks);
+        for (const auto& constraint : dynamic_cast<MBS_InternalModel&>(*model).getConstraints())
+            constraint->getConstraintResultData(&s.q, &s.qd, &s.qdd, &s.lambda, reaction);
         matrix->setScalingValues(weights);
         matrix->update();
     }
