@@ -1,12 +1,37 @@
 #pragma once
 
+#include "velmora/constraints/MBS_ConstraintGroup.h"
 #include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/model/MBS_ModelDofVector.h"
+#include "velmora/platform/LargePages.h"
 
 #include <memory>
 #include <utility>
 
 namespace velmora {
+
+/// The constraints of one such class; their states stand side by side.
+template <class State>
+class MBS_StateGroup final : public MBS_ConstraintGroup {
+  public:
+    explicit MBS_StateGroup(const std::vector<MBS_ExtConstraint*>& members) : MBS_ConstraintGroup(members) {
+        states.reserve(members.size());
+    }
+    void updateForMotion(double, const P* q, const P*, const P*, C* out) override {
+        for (State& state : states)
+            state.updateForMotion(q, out);
+    }
+    void updateForJacobian(double, const P* q, const P* qd, const P*, const C* multipliers) override {
+        for (State& state : states)
+            state.updateForJacobian(q, qd, multipliers);
+    }
+    void getConstraintForces(const C* multipliers, P* out) const override {
+        for (const State& state : states)
+            state.addForces(multipliers, out);
+    }
+
+    EvaluationArray<State> states;
+};
 
 /// Constraint of one equation whose numbers, the elements of its blocks among them, lie in one plain struct.
 /// The struct offers `residual`, `updateForMotion`, `updateForJacobian` and `addForces`, which touch nothing
@@ -30,11 +55,15 @@ class MBS_ConstraintWithState : public Root {
         state->updateForJacobian(q, qd, multipliers);
     }
 
-    /// Moves the numbers to another place and aims the blocks there.
-    void moveState(std::shared_ptr<State> place) {
-        *place = *state;
-        state = std::move(place);
-        aimBlocks();
+    std::shared_ptr<MBS_ConstraintGroup> makeGroup(const std::vector<MBS_ExtConstraint*>& members) final {
+        auto group = std::make_shared<MBS_StateGroup<State>>(members);
+        for (MBS_ExtConstraint* member : members) {
+            auto& constraint = dynamic_cast<MBS_ConstraintWithState&>(*member);
+            group->states.push_back(*constraint.state);
+            constraint.state = std::shared_ptr<State>(group, &group->states.back());
+            constraint.aimBlocks();
+        }
+        return group;
     }
 
     std::shared_ptr<State> state = std::make_shared<State>();

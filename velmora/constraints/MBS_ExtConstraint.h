@@ -14,6 +14,7 @@
 namespace velmora {
 
 class MBS_Body;
+class MBS_ConstraintGroup;
 class MBS_ModelConstraintDofVector;
 class MBS_ModelLookUp;
 
@@ -63,6 +64,10 @@ class MBS_ExtConstraint : public MBS_ModelObject {
     virtual void updateForMotion(double t, const P* q, const P* qd, const P* qdd, C* out);
     /// All CqTLe_q blocks and CqTdT objects, after `updateForMotion` at the same state.
     virtual void updateForJacobian(double t, const P* q, const P* qd, const P* qdd, const C* multipliers);
+
+    /// Group of these constraints, all of this class. To be called once, before anything keeps pointers to
+    /// the elements of blocks, which may move.
+    virtual std::shared_ptr<MBS_ConstraintGroup> makeGroup(const std::vector<MBS_ExtConstraint*>& members);
 
     unsigned numOfConstraintDof;
     std::array<MBS_Body*, 2> constraintBodies{}; ///< the second is null for the ground; not owned

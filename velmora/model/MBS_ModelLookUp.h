@@ -7,6 +7,7 @@
 namespace velmora {
 
 class MBS_Body;
+class MBS_ConstraintGroup;
 class MBS_ExtConstraint;
 class MBS_Force;
 class MBS_Model;
@@ -28,6 +29,8 @@ class MBS_ModelObjectLists : public MBS_ModelLookUp {
   public:
     /// All external constraints in model order; the index is the constraint index.
     virtual const std::vector<std::unique_ptr<MBS_ExtConstraint>>& getConstraints() const = 0;
+    /// The same constraints class by class, as they are evaluated.
+    virtual const std::vector<std::shared_ptr<MBS_ConstraintGroup>>& getConstraintGroups() const = 0;
     /// All forces in model order.
     virtual const std::vector<std::unique_ptr<MBS_Force>>& getForces() const = 0;
     /// The model with its counters and its name.

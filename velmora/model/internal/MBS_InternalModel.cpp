@@ -2,6 +2,7 @@
 
 #include "velmora/bodies/MBS_Body.h"
 #include "velmora/bodies/MBS_BodyGroup.h"
+#include "velmora/constraints/MBS_ConstraintGroup.h"
 #include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/global_matrix/MBS_GlobalModelMatrix.h"
@@ -55,6 +56,19 @@ void MBS_InternalModel::groupBodies() {
             ++end;
         bodyGroups.push_back(all[first]->makeGroup(all.subspan(first, end - first)));
     }
+}
+
+void MBS_InternalModel::groupConstraints() {
+    std::vector<std::pair<std::string, std::vector<MBS_ExtConstraint*>>> classes;
+    for (const auto& constraint : constraints) {
+        const std::string name = constraint->getClassName();
+        auto found = std::ranges::find(classes, name, &decltype(classes)::value_type::first);
+        if (found == classes.end())
+            found = classes.insert(found, {name, {}});
+        found->second.push_back(constraint.get());
+    }
+    for (const auto& [name, members] : classes)
+        constraintGroups.push_back(members.front()->makeGroup(members));
 }
 
 void MBS_InternalModel::sumUpDof() {

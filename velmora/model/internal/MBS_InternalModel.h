@@ -34,6 +34,9 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
 
     // What the builder adds; each takes the next index of its list.
     void addBody(std::unique_ptr<MBS_Body> body);
+    const std::vector<std::shared_ptr<MBS_ConstraintGroup>>& getConstraintGroups() const override {
+        return constraintGroups;
+    }
     /// `isForResults`: its joint frame stands in the block of constraint states.
     void addConstraint(std::unique_ptr<MBS_ExtConstraint> constraint, bool isForResults);
     void addForce(std::unique_ptr<MBS_Force> force);
@@ -43,6 +46,8 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
     /// Gathers neighbouring bodies of one class into groups. Once, when all bodies are there and nothing
     /// else.
     void groupBodies();
+    /// Gathers the constraints of each class into groups. Once, when all constraints are there.
+    void groupConstraints();
 
     MBS_GlobalModelMatrix*
     createModelRelatedMatrix(unsigned numBlockRows, unsigned numBlockCols, const std::vector<unsigned>* types,
@@ -100,6 +105,7 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
     std::vector<MBS_Body*> flexBodies;
     std::unordered_map<std::string, MBS_Body*> bodyByUUID; // first body of a UUID wins
     std::vector<std::unique_ptr<MBS_ExtConstraint>> constraints;
+    std::vector<std::shared_ptr<MBS_ConstraintGroup>> constraintGroups;
     std::vector<MBS_ExtConstraint*> jointsForResults;
     std::vector<std::unique_ptr<MBS_Force>>
         forces; // destroyed before the constraints, these before the bodies

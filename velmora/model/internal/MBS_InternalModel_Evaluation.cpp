@@ -1,5 +1,6 @@
 #include "velmora/bodies/MBS_Body.h"
 #include "velmora/bodies/MBS_BodyGroup.h"
+#include "velmora/constraints/MBS_ConstraintGroup.h"
 #include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/model/BlockProducts.h"
@@ -38,8 +39,8 @@ void MBS_InternalModel::updateMatricesForEquationOfMotionAndComputeResiduumForCo
     updateMatricesForEquationOfMotion(t, q, qd, qdd);
     updateMeasures(t, q, qd, qdd);
     getNormResiduals(q, out);
-    for (const auto& constraint : constraints)
-        constraint->updateForMotion(t, q, qd, qdd, out);
+    for (const auto& group : constraintGroups)
+        group->updateForMotion(t, q, qd, qdd, out);
 }
 
 void MBS_InternalModel::updateMatricesForJacobian(double t, const P* q, const P* qd, const P* qdd,
@@ -48,8 +49,8 @@ void MBS_InternalModel::updateMatricesForJacobian(double t, const P* q, const P*
         group->updateForJacobian(t, q, qd, qdd, multipliers);
     for (const auto& force : forces)
         force->updateMatricesForJacobian(t, q, qd, qdd);
-    for (const auto& constraint : constraints)
-        constraint->updateForJacobian(t, q, qd, qdd, multipliers);
+    for (const auto& group : constraintGroups)
+        group->updateForJacobian(t, q, qd, qdd, multipliers);
 }
 
 void MBS_InternalModel::setTimeOfLastSuccessfulStep(double t) {
@@ -70,8 +71,8 @@ void MBS_InternalModel::updateForKinematicSolverAndComputeBbar(const P* q, P* ou
         body->computeBbar(q, out);
     }
     getNormResiduals(q, residual);
-    for (const auto& constraint : constraints)
-        constraint->updateForMotion(0.0, q, nullptr, nullptr, residual);
+    for (const auto& group : constraintGroups)
+        group->updateForMotion(0.0, q, nullptr, nullptr, residual);
 }
 
 void MBS_InternalModel::getAccInertiaForces(const P* qdd, P* out) {
@@ -100,8 +101,8 @@ void MBS_InternalModel::getDampingForces(const P* qd, P* out) {
 void MBS_InternalModel::getConstraintForces(const C* multipliers, P* out) {
     for (const auto& group : bodyGroups)
         group->getInnerConstraintForces(multipliers, out);
-    for (const auto& constraint : constraints)
-        constraint->getConstraintForces(multipliers, out);
+    for (const auto& group : constraintGroups)
+        group->getConstraintForces(multipliers, out);
 }
 
 void MBS_InternalModel::getExternalForces(double t, const P* q, const P* qd, const P*, P* out) {
@@ -142,11 +143,9 @@ void MBS_InternalModel::getConstraintForceDqTimesW(const P* w, P* out) {
     clearAll(out);
     for (const auto& body : bodies)
         addTransposedProduct(*body->cqLi_q, w->bodyData(body->bodyIndex), out->bodyData(body->bodyIndex));
-    for (const auto& constraint : constraints)
-        for (std::size_t k = 0; k < constraint->cqTLe_qBlocks.size(); ++k)
-            if (const auto* block = constraint->cqTLe_qBlocks[k].get())
-                addTransposedProduct(*block, w->bodyData(constraint->cqTLe_qRowBodies[k]),
-                                     out->bodyData(constraint->cqTLe_qColBodies[k]));
+    for (const auto& group : constraintGroups)
+        for (const auto& part : group->cqTLe_q)
+            addTransposedProduct(*part.block, w->bodyData(part.rowBody), out->bodyData(part.colBody));
 }
 
 void MBS_InternalModel::getNormResiduals(const P* q, C* out) {

@@ -61,6 +61,8 @@ void MBS_ModelBuilder::buildAll() {
                 (this->*build)(*data.blocks[i]);
         if (build == &MBS_ModelBuilder::buildBody)
             model.groupBodies(); // whatever comes later keeps pointers into them
+        if (build == &MBS_ModelBuilder::buildConstraint)
+            model.groupConstraints();
     }
 }
 
