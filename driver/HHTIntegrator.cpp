@@ -25,7 +25,6 @@ namespace velmora::driver {
 namespace {
 
 constexpr unsigned maxIterations = 15;
-constexpr unsigned maxInitialIterations = 20;
 constexpr double slowContraction = 0.1; // a new matrix is worth its cost
 constexpr double leastContraction = 1e-3;
 constexpr double leastContractionFromEarlier = 0.1; // steps: the matrix is older now
@@ -36,9 +35,7 @@ constexpr double newtonShareOfFixedStep = 1e-6;
 constexpr double noiseContraction = 0.3;    // or slower, of corrections below the following
 constexpr double largestNoise = 1000.0;     // in roundings of the positions
 constexpr double largestChangeOfStep = 2.0; // with the same matrix
-constexpr double negligibleInitialCorrection = 1e-13;
-constexpr double largestInitialCorrection = 1e-3;
-constexpr double stepShareForLag = 1e-2; // of the first step, over which the initial jerk is differenced
+constexpr double stepShareForLag = 1e-2;    // of the first step, over which the initial jerk is differenced
 
 double* data(MBS_ModelPhysicalDofVector& vector) {
     return vector.dofVector->data;
@@ -67,16 +64,7 @@ HHTIntegrator::HHTIntegrator(HHTSystem* equations, const SimulationSettings& sim
 void HHTIntegrator::setScales() {
     const MBS_ModelPhysicalDofVector& q = present->q;
     const auto numOfBodies = static_cast<unsigned>(q.bodyOffset.size());
-    double extent = *std::max_element(system->bodyGyrations.begin(), system->bodyGyrations.end());
-    for (unsigned i = 0; i < 3; ++i) {
-        double lowest = q.bodyData(0)[i], highest = lowest;
-        for (unsigned body = 1; body < numOfBodies; ++body) {
-            lowest = std::min(lowest, q.bodyData(body)[i]);
-            highest = std::max(highest, q.bodyData(body)[i]);
-        }
-        extent = std::max(extent, highest - lowest);
-    }
-    typicalLength = extent > 0.0 && std::isfinite(extent) ? extent : 1.0;
+    typicalLength = system->measureTypicalLength(q);
     for (unsigned body = 0; body < numOfBodies; ++body) {
         // A mode of unit modal mass that moves the whole body by the typical length has this coordinate.
         const double mass = system->bodyMasses[body];
@@ -111,84 +99,26 @@ double HHTIntegrator::getRoundingOfPositions() const {
     return 0.5 * std::numeric_limits<double>::epsilon() * largest / settings.tolerance;
 }
 
-StepResult HHTIntegrator::start() {
-    system->getModel()->copyInitialDataIntoPhysicalDofVector(&present->q, &present->qd);
-    present->time = 0.0;
+StepResult HHTIntegrator::start(double h) {
     setScales();
-    if (const StepResult result = fulfilConstraints(); result != StepResult::Converged)
-        return result;
-    if (const StepResult result = computeInitialAccelerations(*present); result != StepResult::Converged)
-        return result;
-    if (const StepResult result = estimateInitialLag(); result != StepResult::Converged)
-        return result;
-    isMatrixWanted = true;
-    return system->evaluate(*present) ? StepResult::Converged : StepResult::NotFinite;
-}
-
-StepResult HHTIntegrator::fulfilConstraints() {
-    // Least movements in the metric of the masses: M dq + Cq' mu = 0, Cq dq = -C; for velocities alike.
-    const unsigned n = system->getNumOfPhysicalDof();
-    *trial = *present; // names the state if this fails
-    std::fill(increments.begin(), increments.end(), 0.0);
-    const double tolerance = settings.tolerance;
-    for (unsigned i = 0;; ++i) {
-        if (!system->evaluate(*present))
-            return StepResult::NotFinite;
-        if (!system->refreshMatrix(*present, 0.0, 0.0))
-            return StepResult::Singular;
-        system->solve(increments.data(), data(system->constraintResidual));
-        const double movement = tolerance * getWeightedNorm(system->getCorrection().data());
-        if (movement <= negligibleInitialCorrection)
-            break;
-        initialCorrection += movement;
-        if (!(initialCorrection <= largestInitialCorrection) || i == maxInitialIterations)
-            return StepResult::NotConverged;
-        for (unsigned k = 0; k < n; ++k)
-            data(present->q)[k] += system->getCorrection()[k];
-    }
-    system->computeVelocityResidual(*present, constraintWork);
-    system->solve(increments.data(), data(constraintWork));
-    const double change = tolerance * getWeightedNorm(system->getCorrection().data());
-    const double speed = tolerance * getWeightedNorm(data(present->qd));
-    if (change > negligibleInitialCorrection * std::max(1.0, speed))
-        for (unsigned k = 0; k < n; ++k)
-            data(present->qd)[k] += system->getCorrection()[k];
-    return StepResult::Converged;
-}
-
-StepResult HHTIntegrator::computeInitialAccelerations(HHTState& state) {
-    const unsigned n = system->getNumOfPhysicalDof(), m = system->getNumOfConstraints();
-    std::fill_n(data(state.qdd), n, 0.0);
-    std::fill_n(data(state.lambda), m, 0.0);
-    if (!system->evaluate(state))
-        return StepResult::NotFinite;
-    if (!system->refreshMatrix(state, 0.0, 0.0))
-        return StepResult::Singular;
-    system->computeAccelerationTerms(state, constraintWork);
-    system->solve(data(system->residual), data(constraintWork));
-    std::copy_n(system->getCorrection().data(), n, data(state.qdd));
-    std::copy_n(system->getCorrection().data() + n, m, data(state.lambda));
-    return StepResult::Converged;
-}
-
-StepResult HHTIntegrator::estimateInitialLag() {
-    const unsigned n = system->getNumOfPhysicalDof();
-    const double h = settings.step, small = stepShareForLag * h;
-    for (unsigned i = 0; i < n; ++i) {
+    const double small = stepShareForLag * h;
+    for (unsigned i = 0; i < system->getNumOfPhysicalDof(); ++i) {
         const double v = data(present->qd)[i], acceleration = data(present->qdd)[i];
         data(trial->q)[i] = data(present->q)[i] + small * v + 0.5 * small * small * acceleration;
         data(trial->qd)[i] = v + small * acceleration;
     }
-    trial->time = small;
-    if (const StepResult result = computeInitialAccelerations(*trial); result != StepResult::Converged)
+    trial->time = present->time + small;
+    if (const StepResult result = system->solveForAccelerations(*trial); result != StepResult::Converged)
         return result;
-    for (unsigned i = 0; i < n; ++i) {
+    for (unsigned i = 0; i < system->getNumOfPhysicalDof(); ++i) {
         const double acceleration = data(present->qdd)[i];
         const double jerk = (data(trial->qdd)[i] - acceleration) / small;
         data(present->a)[i] = acceleration + alpha * h * jerk;
     }
     stepOfPresent = h;
-    return StepResult::Converged;
+    hasPrevious = false;
+    isMatrixWanted = true;
+    return system->evaluate(*present) ? StepResult::Converged : StepResult::NotFinite;
 }
 
 StepResult HHTIntegrator::tryStep(double endTime, double h) {

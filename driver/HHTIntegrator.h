@@ -10,9 +10,6 @@
 
 namespace velmora::driver {
 
-/// How an attempted step ended.
-enum class StepResult { Converged, NotConverged, NotFinite, Singular };
-
 /// Single steps of the HHT method for the index-3 equations of motion.
 ///
 /// The generalised-alpha form of Arnold and Bruls ("Convergence of the generalized-alpha scheme for
@@ -23,9 +20,9 @@ class HHTIntegrator {
     /// System and settings aren't owned and must outlive the integrator.
     HHTIntegrator(HHTSystem* system, const SimulationSettings& settings);
 
-    /// Makes the initial state: positions and velocities that fulfil the constraints, as near to the model's
-    /// as the masses let them be, accelerations, multipliers, and the lag of the auxiliary acceleration.
-    StepResult start();
+    /// Begins anew at the present state, which is consistent in all its parts but the auxiliary acceleration:
+    /// estimates the lag of this one, for steps of about length h.
+    StepResult start(double h);
 
     /// Attempts a step of length h from the present state; the outcome waits in the trial state.
     StepResult tryStep(double endTime, double h);
@@ -41,13 +38,8 @@ class HHTIntegrator {
     unsigned long getNumOfNewtonIterations() const { return newtonIterations; }
     /// Length by which positions of the model are measured.
     double getTypicalLength() const { return typicalLength; }
-    /// By how much the initial positions had to be moved, in typical lengths (1 for Euler parameters).
-    double getInitialCorrection() const { return initialCorrection; }
 
   private:
-    StepResult fulfilConstraints();
-    StepResult computeInitialAccelerations(HHTState& state);
-    StepResult estimateInitialLag();
     void setScales();
     void predict(double endTime, double h);
     StepResult iterate();
@@ -73,7 +65,6 @@ class HHTIntegrator {
     std::vector<double> scales;     // per coordinate: what counts as 1
 
     double typicalLength = 1.0;
-    double initialCorrection = 0.0;
     double stepOfPresent =
         0.0; // length of the step that led to the present state: its a lags by alpha times this
     bool hasPrevious = false;

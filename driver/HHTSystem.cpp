@@ -81,6 +81,7 @@ HHTSystem::HHTSystem(MBS_Model* multibodyModel)
       numOfConstraints(constraintResidual.getNumOfConstraints()),
       work(multibodyModel),
       constraintWork(multibodyModel),
+      accelerationTerms(multibodyModel),
       correction(numOfPhysicalDof + numOfConstraints),
       rightHandSide(numOfPhysicalDof + numOfConstraints) {
     measureBodies();
@@ -251,6 +252,34 @@ void HHTSystem::computeAccelerationTerms(const HHTState& state, MBS_ModelConstra
     model->get_C_t_order2(state.time, &state.q, &state.qd, &state.qdd, &constraintWork);
     for (unsigned i = 0; i < numOfConstraints; ++i)
         out.dofVector->data[i] += constraintWork.dofVector->data[i];
+}
+
+StepResult HHTSystem::solveForAccelerations(HHTState& state) {
+    setZero(state.qdd);
+    setZero(state.lambda);
+    if (!evaluate(state))
+        return StepResult::NotFinite;
+    if (!refreshMatrix(state, 0.0, 0.0))
+        return StepResult::Singular;
+    MBS_ModelConstraintDofVector& terms = accelerationTerms;
+    computeAccelerationTerms(state, terms);
+    solve(residual.dofVector->data, terms.dofVector->data);
+    std::copy_n(correction.data(), numOfPhysicalDof, state.qdd.dofVector->data);
+    std::copy_n(correction.data() + numOfPhysicalDof, numOfConstraints, state.lambda.dofVector->data);
+    return StepResult::Converged;
+}
+
+double HHTSystem::measureTypicalLength(const MBS_ModelPhysicalDofVector& q) const {
+    double extent = *std::max_element(bodyGyrations.begin(), bodyGyrations.end());
+    for (unsigned i = 0; i < translationsPerBody; ++i) {
+        double lowest = q.bodyData(0)[i], highest = lowest;
+        for (unsigned body = 1; body < bodyGyrations.size(); ++body) {
+            lowest = std::min(lowest, q.bodyData(body)[i]);
+            highest = std::max(highest, q.bodyData(body)[i]);
+        }
+        extent = std::max(extent, highest - lowest);
+    }
+    return extent > 0.0 && std::isfinite(extent) ? extent : 1.0;
 }
 
 } // namespace velmora::driver

@@ -11,6 +11,9 @@
 
 namespace velmora::driver {
 
+/// How an attempt to find a state ended.
+enum class StepResult { Converged, NotConverged, NotFinite, Singular };
+
 /// State of the model at one time, with the auxiliary acceleration of the integrator.
 struct HHTState {
     explicit HHTState(MBS_Model* model);
@@ -71,6 +74,14 @@ class HHTSystem {
     /// (dCq/dt) qd + C_tt: what Cq qdd has to balance.
     void computeAccelerationTerms(const HHTState& state, MBS_ModelConstraintDofVector& out);
 
+    /// Accelerations and multipliers that belong to time, positions and velocities of the state. Leaves the
+    /// kernel's caches and the matrix at this state, with zero accelerations.
+    StepResult solveForAccelerations(HHTState& state);
+
+    /// Length by which positions are measured: the largest extent of the model along a global axis, at least
+    /// the largest radius of gyration; 1 if both are 0.
+    double measureTypicalLength(const MBS_ModelPhysicalDofVector& q) const;
+
     unsigned getNumOfPhysicalDof() const { return numOfPhysicalDof; }
     unsigned getNumOfConstraints() const { return numOfConstraints; }
     MBS_Model* getModel() const { return model; }
@@ -99,7 +110,7 @@ class HHTSystem {
     unsigned numOfPhysicalDof;
     unsigned numOfConstraints;
     MBS_ModelPhysicalDofVector work;
-    MBS_ModelConstraintDofVector constraintWork;
+    MBS_ModelConstraintDofVector constraintWork, accelerationTerms;
     double typicalMass = 1.0;
     std::vector<unsigned> leftOut;
     std::vector<double> weights;

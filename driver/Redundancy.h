@@ -50,6 +50,9 @@ class Redundancy {
     std::vector<double> rowLengths; // per constraint equation
 };
 
+/// So many equations a message names; more would hide the rest of it.
+constexpr std::size_t numOfNamedEquations = 10;
+
 /// The texts joined by "; "; of more than `largestNumber` only the first ones, and how many more there are.
 std::string joinShortly(const std::vector<std::string>& texts, std::size_t largestNumber,
                         const char* separator = "; ");

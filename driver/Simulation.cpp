@@ -1,5 +1,6 @@
 #include "driver/Simulation.h"
 
+#include "driver/ConsistentStart.h"
 #include "driver/Diagnostics.h"
 #include "driver/EnergyBalance.h"
 #include "driver/HHTIntegrator.h"
@@ -80,6 +81,8 @@ class Simulation::Impl {
     SimulationSettings settings;
     Progress progress;
     std::unique_ptr<HHTSystem> system;
+    std::unique_ptr<EquationNames> names;
+    std::unique_ptr<Redundancy> redundancy;
     std::unique_ptr<HHTIntegrator> integrator;
     std::unique_ptr<EnergyBalance> balance;
     RunOutcome outcome;
@@ -93,6 +96,8 @@ RunOutcome Simulation::Impl::run() {
     outcome.diagnostic = findErrorBeforeStart();
     if (outcome.diagnostic.empty()) {
         system = std::make_unique<HHTSystem>(model);
+        names = std::make_unique<EquationNames>(model, dataModel);
+        redundancy = std::make_unique<Redundancy>(system.get(), names.get());
         integrator = std::make_unique<HHTIntegrator>(system.get(), settings);
         balance = std::make_unique<EnergyBalance>(system.get(), dataModel);
         outcome.succeeded = start() && advance();
@@ -113,13 +118,16 @@ std::string Simulation::Impl::findErrorBeforeStart() const {
 }
 
 bool Simulation::Impl::start() {
-    const StepResult result = integrator->start();
+    ConsistentStart consistentStart(system.get(), names.get(), redundancy.get(), settings);
+    StepResult result = consistentStart.run(integrator->getState());
+    outcome.start = consistentStart.getReport();
     if (result == StepResult::NotConverged) {
-        outcome.diagnostic =
-            "The initial positions of the bodies don't fulfil the constraints, or not nearly enough. " +
-            Diagnostics(system.get(), dataModel).describeLargestResiduals();
+        outcome.diagnostic = consistentStart.getProblem();
+        outcome.isModelAtFault = true;
         return false;
     }
+    if (result == StepResult::Converged)
+        result = integrator->start(settings.step);
     if (result != StepResult::Converged)
         return fail(result, integrator->getState(), settings.step);
     wantedStep = std::min(settings.step, largestStepShare * settings.endTime);

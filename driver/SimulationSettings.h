@@ -2,6 +2,7 @@
 
 #include <array>
 #include <string>
+#include <vector>
 
 namespace velmora::driver {
 
@@ -16,12 +17,35 @@ struct SimulationSettings {
     double tolerance = 1.0e-6; ///< relative local error of the positions per step
     double alpha =
         -0.05; ///< numerical damping of the HHT form, in [-1/3, 0], with varying steps at most -0.01
+    /// How far initial positions may be moved, in typical lengths and radians, and by which share, in the
+    /// metric of the masses, velocities may be changed to fulfil the constraints.
+    double startCorrectionLimit = 1e-3;
+    bool refuseRedundant = false; ///< redundant constraint equations end the run instead of being left out
+};
+
+/// How the initial state was made consistent with the constraints.
+struct StartReport {
+    /// Largest over the bodies, and the body.
+    struct Largest {
+        double size = 0.0;
+        std::string body;
+    };
+    Largest translation;     ///< by which a position was moved, in m
+    Largest rotation;        ///< in rad
+    Largest velocity;        ///< by which a velocity was changed, in m/s
+    Largest angularVelocity; ///< in rad/s
+    Largest acceleration;    ///< of a centre of mass at the start, in m/s^2
+
+    unsigned degreesOfFreedom = 0;               ///< coordinates less independent equations
+    std::vector<std::string> redundantEquations; ///< left out, with what they repeat
 };
 
 /// What a run did, complete also when it failed.
 struct RunOutcome {
     bool succeeded = false;
-    std::string diagnostic; ///< why the run failed; empty if it succeeded
+    std::string diagnostic;      ///< why the run failed; empty if it succeeded
+    bool isModelAtFault = false; ///< the run failed, since the model contradicts itself or the settings
+    StartReport start;
     double timeReached = 0.0;
 
     unsigned long steps = 0;         ///< accepted steps

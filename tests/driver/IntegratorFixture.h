@@ -1,5 +1,6 @@
 #pragma once
 
+#include "driver/ConsistentStart.h"
 #include "driver/HHTIntegrator.h"
 #include "driver/Simulation.h"
 
@@ -39,6 +40,16 @@ struct Input {
         block->addKeyValue("RegardVelocityInertiaForcesInsideJacobian", "yes");
         return block;
     }
+    /// `flags` is a list like "dx dy ax"; turning axes are global ones.
+    IO_DataModelBlock* addJoint(const std::string& label, const std::string& bodies,
+                                const std::string& location, const std::string& flags) {
+        IO_DataModelBlock* block = data.addBlock("Constraint", "Generic", label, label, ".");
+        block->addKeyValue("BodyIDs", bodies);
+        block->addKeyValue("Location", location);
+        for (std::size_t i = 0; i + 1 < flags.size(); i += 3)
+            block->addKeyValue(flags.substr(i, 2) + "Fixed", "yes");
+        return block;
+    }
     IO_DataModelBlock* addGravity(const std::string& acceleration) {
         IO_DataModelBlock* block = data.addBlock("Force", "Gravity", "gravity", "gravity", ".");
         block->addKeyValue("GravityAccVector", acceleration);
@@ -48,6 +59,15 @@ struct Input {
         return std::unique_ptr<MBS_Model>(MBS_Model::makeModel(&data, &output));
     }
 };
+
+inline StepResult startConsistently(HHTSystem& system, HHTIntegrator& integrator, IO_DataModel& data,
+                                    const SimulationSettings& settings) {
+    const EquationNames names(system.getModel(), &data);
+    Redundancy redundancy(&system, &names);
+    const StepResult result =
+        ConsistentStart(&system, &names, &redundancy, settings).run(integrator.getState());
+    return result == StepResult::Converged ? integrator.start(settings.step) : result;
+}
 
 /// The real model with a force added to it that the matrix knows nothing of, and the last state seen.
 class ProbeModel : public MBS_Model {
@@ -71,6 +91,8 @@ class ProbeModel : public MBS_Model {
         lastQ = *q;
         lastQd = *qd;
         real->updateMatricesForEquationOfMotionAndComputeResiduumForConstrDOF(t, q, qd, qdd, out);
+        if (disturbResidual)
+            disturbResidual(t, out->dofVector->data);
     }
     void updateMatricesForJacobian(double t, const P* q, const P* qd, const P* qdd, const C* l) override {
         real->updateMatricesForJacobian(t, q, qd, qdd, l);
@@ -117,6 +139,7 @@ class ProbeModel : public MBS_Model {
     std::unique_ptr<MBS_Model> real;
     Force force;
     std::function<void(P& q, P& qd)> disturbStart;
+    std::function<void(double t, double* residuals)> disturbResidual;
     P lastQ{real.get()}, lastQd{real.get()};
 };
 
