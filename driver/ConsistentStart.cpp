@@ -110,7 +110,7 @@ StepResult ConsistentStart::leaveOutRedundantEquations(const HHTState& state) {
 }
 
 StepResult ConsistentStart::fulfilPositions(HHTState& state) {
-    const Redundancy::Violation atStart = redundancy->findLargestViolation();
+    worstAtStart = redundancy->findLargestViolation();
     for (unsigned i = 0; i <= maxRankChanges; ++i) {
         if (const StepResult result = iteratePositions(state); result != StepResult::Converged)
             return result;
@@ -134,7 +134,7 @@ StepResult ConsistentStart::fulfilPositions(HHTState& state) {
                     "to {} and turned by up to {}, more than the limit of {:.3g} typical lengths "
                     "(of {:.3g} m) or rad. Farthest off is {}.",
                     describe(report.translation, "m"), describe(report.rotation, "rad"), limit, typicalLength,
-                    names->getShortName(atStart.equation)));
+                    names->getShortName(worstAtStart.equation)));
 }
 
 StepResult ConsistentStart::iteratePositions(HHTState& state) {
@@ -156,10 +156,10 @@ StepResult ConsistentStart::iteratePositions(HHTState& state) {
             data(state.q)[i] += system->getCorrection()[i];
         last = size;
     }
-    const Redundancy::Violation worst = redundancy->findLargestViolation();
-    return refuse(fmt::format("The constraints contradict each other: no positions near the initial ones "
-                              "fulfil them all. Farthest off remains {}, by {:.3g} radii of gyration or rad.",
-                              names->getShortName(worst.equation), worst.size));
+    return refuse(
+        fmt::format("The constraints contradict each other: no positions near the initial ones "
+                    "fulfil them all. Farthest off at the start is {}, by {:.3g} radii of gyration or rad.",
+                    names->getShortName(worstAtStart.equation), worstAtStart.size));
 }
 
 double ConsistentStart::findMovement(const HHTState& state) { // (1)

@@ -48,6 +48,7 @@ class ConsistentStart {
     MBS_ModelPhysicalDofVector movement, pull;
     MBS_ModelConstraintDofVector velocityResidual;
     double typicalLength = 1.0;
+    Redundancy::Violation worstAtStart;
     unsigned iteration = 0;
     StartReport report;
     std::string problem;

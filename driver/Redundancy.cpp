@@ -59,7 +59,8 @@ Redundancy::Violation Redundancy::findViolationOfLeftOut(const double* residuals
 
 Redundancy::Violation Redundancy::findLargestViolation() const {
     Violation largest;
-    for (unsigned equation = 0; equation < rowLengths.size(); ++equation)
+    const unsigned first = system->getModel()->getNumOfInnerConstraintDof();
+    for (unsigned equation = first; equation < rowLengths.size(); ++equation)
         if (const double size = std::fabs(getResiduals()[equation]) / rowLengths[equation];
             !(size <= largest.size))
             largest = {size, equation};

@@ -38,7 +38,7 @@ class Redundancy {
     Violation findViolationOfLeftOut() const { return findViolationOfLeftOut(getResiduals()); }
     /// The same with residuals of all constraint equations; of velocities, say.
     Violation findViolationOfLeftOut(const double* residuals) const;
-    /// Largest violation among all constraint equations, at the last `evaluate`.
+    /// Largest violation among all equations but those of Euler parameters, at the last `evaluate`.
     Violation findLargestViolation() const;
 
   private:

@@ -104,7 +104,8 @@ TEST(ConsistentStart, NamesWhatContradictsTheOtherEquations) {
     Pendulum single; // no scalar product of unit vectors is -2
     single.model->disturbResidual = [](double, double* residuals) { residuals[2] += 2.0; };
     single.settings.startCorrectionLimit = 100.0;
-    EXPECT_THAT(single.run().diagnostic, HasSubstr("Farthest off remains axFixed of hinge-a (arm, ground)"));
+    EXPECT_THAT(single.run().diagnostic,
+                HasSubstr("Farthest off at the start is axFixed of hinge-a (arm, ground)"));
 }
 
 } // namespace
