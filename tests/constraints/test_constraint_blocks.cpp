@@ -1,6 +1,8 @@
 #include "tests/support/DerivativeChecker.h"
 #include "tests/support/ModelFixture.h"
+#include "velmora/bodies/MBS_Body.h"
 #include "velmora/constraints/MBS_ExtConstraint.h"
+#include "velmora/model/BlockProducts.h"
 #include "velmora/model/internal/MBS_InternalModel.h"
 
 #include <gmock/gmock.h>
@@ -95,12 +97,8 @@ TEST_P(Constraints, VelocityTermIsTheMatrixTimesVelocity) {
     EXPECT_EQ(*out.equationsOfConstraint(0), 0.0);
 }
 
-std::vector<const MBM_DenseMatrix*> matricesOf(const MBS_ExtConstraint& constraint) {
+std::vector<const MBM_DenseMatrix*> columnsOf(const MBS_ExtConstraint& constraint) {
     std::vector<const MBM_DenseMatrix*> all;
-    for (const auto& block : constraint.cqTLe_qBlocks)
-        for (const auto& row : block->block)
-            for (const auto& matrix : row)
-                all.push_back(matrix.get());
     for (const auto* objects : {&constraint.cqTObjects, &constraint.cqTdTObjects})
         for (const auto& object : *objects)
             all.insert(all.end(), {object->tPart.get(), object->rPart.get(), object->fPart.get()});
@@ -108,33 +106,46 @@ std::vector<const MBM_DenseMatrix*> matricesOf(const MBS_ExtConstraint& constrai
     return all;
 }
 
-std::vector<double> elementsOf(const MBS_ExtConstraint& constraint) {
+std::vector<double> elementsOf(const std::vector<const MBM_DenseMatrix*>& matrices) {
     std::vector<double> elements;
-    for (const MBM_DenseMatrix* m : matricesOf(constraint))
+    for (const MBM_DenseMatrix* m : matrices)
         elements.insert(elements.end(), m->data, m->data + m->rows * m->cols);
     return elements;
 }
 
-// What is computed in one go equals what the blocks compute one by one, bit by bit.
+// What is computed in one go equals what the blocks compute one by one: the columns bit by bit, and of
+// d(Cq' lambda)/dq, which may be summed over a joint, its product with a vector.
 TEST_P(Constraints, BlocksAloneGiveTheSame) {
     std::mt19937 random{6};
     State s = randomState(*model, random);
     MBS_ModelConstraintDofVector residual(model.get()), alone(model.get());
+    MBS_ModelPhysicalDofVector together(model.get()), sum(model.get());
     model->updateMatricesForEquationOfMotionAndComputeResiduumForConstrDOF(0.1, &s.q, &s.qd, &s.qdd,
                                                                            &residual);
     model->updateMatricesForJacobian(0.1, &s.q, &s.qd, &s.qdd, &s.lambda);
+    model->getConstraintForceDqTimesW(&s.qdd, &together);
+    std::fill_n(sum.dofVector->data, sum.getNumOfDof(), 0.0);
+    for (const auto& body : dynamic_cast<MBS_InternalModel&>(*model).getBodies())
+        addTransposedProduct(*body->cqLi_q, s.qdd.bodyData(body->bodyIndex), sum.bodyData(body->bodyIndex));
     for (const auto& constraint : constraints()) {
-        const std::vector<double> together = elementsOf(*constraint);
-        for (const MBM_DenseMatrix* m : matricesOf(*constraint))
+        const auto columns = columnsOf(*constraint);
+        const std::vector<double> before = elementsOf(columns);
+        for (const MBM_DenseMatrix* m : columns)
             std::fill_n(m->data, m->rows * m->cols, 0.0);
         constraint->MBS_ExtConstraint::updateForJacobian(0.1, &s.q, &s.qd, &s.qdd, &s.lambda);
         for (const auto& cqT : constraint->cqTObjects)
             cqT->update(0.1, &s.q, &s.qd, &s.qdd);
-        EXPECT_EQ(elementsOf(*constraint), together) << constraint->getClassName();
+        EXPECT_EQ(elementsOf(columns), before) << constraint->getClassName();
         constraint->getAndUpdateConstraints(0.1, &s.q, &s.qd, &s.qdd, &alone);
         EXPECT_EQ(*alone.equationsOfConstraint(constraint->constraintIndex),
                   *residual.equationsOfConstraint(constraint->constraintIndex));
+        for (std::size_t k = 0; k < constraint->cqTLe_qBlocks.size(); ++k)
+            addTransposedProduct(*constraint->cqTLe_qBlocks[k],
+                                 s.qdd.bodyData(constraint->cqTLe_qRowBodies[k]),
+                                 sum.bodyData(constraint->cqTLe_qColBodies[k]));
     }
+    for (unsigned i = 0; i < sum.getNumOfDof(); ++i)
+        EXPECT_NEAR(sum.dofVector->data[i], together.dofVector->data[i], 1e-13) << i;
 }
 
 INSTANTIATE_TEST_SUITE_P(

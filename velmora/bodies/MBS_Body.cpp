@@ -1,6 +1,5 @@
 #include "velmora/bodies/MBS_Body.h"
 
-#include "velmora/bodies/MBS_BodyGroup.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/model/BlockProducts.h"
 #include "velmora/model/MBS_ModelDofVector.h"
@@ -55,13 +54,6 @@ void MBS_Body::getInnerConstraintForces(const C* multipliers, P* out) const {
     clear(out);
     const double lambda = multipliers->innerEquationOfBody(bodyIndex);
     addProduct(*cqT, &lambda, out->bodyData(bodyIndex));
-}
-
-std::shared_ptr<MBS_BodyGroup> MBS_Body::makeGroup(std::span<const std::unique_ptr<MBS_Body>> bodies) {
-    std::vector<MBS_Body*> members;
-    for (const auto& body : bodies)
-        members.push_back(body.get());
-    return std::make_shared<MBS_BodyGroup>(std::move(members));
 }
 
 void MBS_Body::getMqddDqTimesW(const P* w, P* Q) {

@@ -62,9 +62,12 @@ class MBS_Body : public MBS_ModelObject {
     /// over active actors of J' W (target - r - A u) with J = [1, J(p, u)].
     void computeBbar(const P* q, P* out) const;
 
-    /// Group of these bodies: this one and those after it, all of one class. To be called once, before
-    /// anything keeps pointers to the commons or to the elements of blocks, which may move.
-    virtual std::shared_ptr<MBS_BodyGroup> makeGroup(std::span<const std::unique_ptr<MBS_Body>> bodies);
+    /// Group of these bodies: this one and those after it, all of one class; null if the class has no group
+    /// of its own. To be called once, before anything keeps pointers to the commons or to the elements of
+    /// blocks, which may move.
+    virtual std::shared_ptr<MBS_BodyGroup> makeGroup(std::span<const std::unique_ptr<MBS_Body>>) {
+        return nullptr;
+    }
 
     MBS_BodyShape getShape() const {
         return {bodyIndex, numTransDof, numRotDof, numFlexDof, numInnerConstraintDof};

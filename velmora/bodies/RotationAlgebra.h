@@ -88,6 +88,19 @@ inline Mat34 J(const Vec4& x, const Vec3& u) {
     // clang-format on
 }
 
+/// Rate of A(e) for the rate x of e: bilinear, and rateOfA(e, x) u = J(e, u) x.
+inline Mat3 rateOfA(const Vec4& e, const Vec4& x) {
+    const auto product = [&](int i, int j) { return 2 * (e(i) * x(j) + e(j) * x(i)); };
+    const double r11 = product(1, 1), r22 = product(2, 2), r33 = product(3, 3);
+    const double r01 = product(0, 1), r02 = product(0, 2), r03 = product(0, 3);
+    const double r12 = product(1, 2), r13 = product(1, 3), r23 = product(2, 3);
+    // clang-format off
+    return {{-(r22 + r33), r12 + r03,    r13 - r02,
+             r12 - r03,    -(r11 + r33), r23 + r01,
+             r13 + r02,    r23 - r01,    -(r11 + r22)}};
+    // clang-format on
+}
+
 /// Derivative of A(e)' s with respect to e at e = x, constant s. The transpose turns the sign of e0.
 inline Mat34 K(const Vec4& x, const Vec3& s) {
     Mat34 k = J({{-x(0), x(1), x(2), x(3)}}, s);

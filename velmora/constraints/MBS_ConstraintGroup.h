@@ -1,18 +1,16 @@
 #pragma once
 
-#include <memory>
 #include <vector>
 
 namespace velmora {
 
-class MBS_ExtConstraint;
 class MBS_GeneralBodyBodyMatrix;
 class MBS_ModelConstraintDofVector;
 class MBS_ModelPhysicalDofVector;
 
 /// All constraints of one class, which the model evaluates together; the operations are those of the
-/// constraints. The root walks them one by one. A class with many small constraints keeps their numbers side
-/// by side in arrays of its group, so that an evaluation walks memory forwards.
+/// constraints. A class with many small constraints keeps their numbers side by side in arrays of its group,
+/// so that an evaluation walks memory forwards.
 class MBS_ConstraintGroup {
   public:
     using P = MBS_ModelPhysicalDofVector;
@@ -23,22 +21,19 @@ class MBS_ConstraintGroup {
         const MBS_GeneralBodyBodyMatrix* block; ///< not owned
     };
 
-    explicit MBS_ConstraintGroup(std::vector<MBS_ExtConstraint*> members);
+    MBS_ConstraintGroup() = default;
     MBS_ConstraintGroup(const MBS_ConstraintGroup&) = delete;
     MBS_ConstraintGroup& operator=(const MBS_ConstraintGroup&) = delete;
     virtual ~MBS_ConstraintGroup() = default;
 
     /// Residuals and all CqT objects.
-    virtual void updateForMotion(double t, const P* q, const P* qd, const P* qdd, C* out);
+    virtual void updateForMotion(double t, const P* q, const P* qd, const P* qdd, C* out) = 0;
     /// What `cqTLe_q` lists and all CqTdT objects, after `updateForMotion` at the same state.
-    virtual void updateForJacobian(double t, const P* q, const P* qd, const P* qdd, const C* multipliers);
+    virtual void updateForJacobian(double t, const P* q, const P* qd, const P* qdd, const C* multipliers) = 0;
     /// Adds Cq' lambda.
-    virtual void getConstraintForces(const C* multipliers, P* out) const;
+    virtual void getConstraintForces(const C* multipliers, P* out) const = 0;
 
     std::vector<CqTLe_q> cqTLe_q; ///< together d(Cq' lambda)/dq of the group
-
-  protected:
-    std::vector<MBS_ExtConstraint*> constraints; ///< in model order; not owned
 };
 
 } // namespace velmora

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "velmora/constraints/MBS_ConstraintGroup.h"
 #include "velmora/constraints/MBS_ExtConstraint.h"
+#include "velmora/constraints/MBS_OneByOneGroup.h"
 #include "velmora/model/MBS_ModelDofVector.h"
 #include "velmora/platform/LargePages.h"
 
@@ -12,9 +12,9 @@ namespace velmora {
 
 /// The constraints of one such class; their states stand side by side.
 template <class State>
-class MBS_StateGroup final : public MBS_ConstraintGroup {
+class MBS_StateGroup final : public MBS_OneByOneGroup {
   public:
-    explicit MBS_StateGroup(const std::vector<MBS_ExtConstraint*>& members) : MBS_ConstraintGroup(members) {
+    explicit MBS_StateGroup(const std::vector<MBS_ExtConstraint*>& members) : MBS_OneByOneGroup(members) {
         states.reserve(members.size());
     }
     void updateForMotion(double, const P* q, const P*, const P*, C* out) override {

@@ -1,7 +1,6 @@
 #include "velmora/constraints/MBS_ExtConstraint.h"
 
 #include "velmora/bodies/MBS_Body.h"
-#include "velmora/constraints/MBS_ConstraintGroup.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/matrix/MBM_DenseMatrix.h"
 #include "velmora/model/BlockProducts.h"
@@ -119,11 +118,6 @@ void MBS_ExtConstraint::updateForJacobian(double t, const P* q, const P* qd, con
     for (const auto& cqTdT : cqTdTObjects)
         if (cqTdT)
             cqTdT->update(t, q, qd, qdd);
-}
-
-std::shared_ptr<MBS_ConstraintGroup>
-MBS_ExtConstraint::makeGroup(const std::vector<MBS_ExtConstraint*>& members) {
-    return std::make_shared<MBS_ConstraintGroup>(members);
 }
 
 // With F = -t lambda at the point P = r + A u, the rotational part of the joint's generalised force,

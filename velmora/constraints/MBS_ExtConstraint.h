@@ -65,9 +65,11 @@ class MBS_ExtConstraint : public MBS_ModelObject {
     /// All CqTLe_q blocks and CqTdT objects, after `updateForMotion` at the same state.
     virtual void updateForJacobian(double t, const P* q, const P* qd, const P* qdd, const C* multipliers);
 
-    /// Group of these constraints, all of this class. To be called once, before anything keeps pointers to
-    /// the elements of blocks, which may move.
-    virtual std::shared_ptr<MBS_ConstraintGroup> makeGroup(const std::vector<MBS_ExtConstraint*>& members);
+    /// Group of these constraints, all of this class; null if the class has no group of its own. To be called
+    /// once, before anything keeps pointers to the elements of blocks, which may move.
+    virtual std::shared_ptr<MBS_ConstraintGroup> makeGroup(const std::vector<MBS_ExtConstraint*>&) {
+        return nullptr;
+    }
 
     unsigned numOfConstraintDof;
     std::array<MBS_Body*, 2> constraintBodies{}; ///< the second is null for the ground; not owned

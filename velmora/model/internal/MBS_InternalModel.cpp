@@ -1,9 +1,9 @@
 #include "velmora/model/internal/MBS_InternalModel.h"
 
 #include "velmora/bodies/MBS_Body.h"
-#include "velmora/bodies/MBS_BodyGroup.h"
-#include "velmora/constraints/MBS_ConstraintGroup.h"
+#include "velmora/bodies/MBS_BodyByBodyGroup.h"
 #include "velmora/constraints/MBS_ExtConstraint.h"
+#include "velmora/constraints/MBS_OneByOneGroup.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/global_matrix/MBS_GlobalModelMatrix.h"
 #include "velmora/io/IO_DataModel.h"
@@ -54,7 +54,14 @@ void MBS_InternalModel::groupBodies() {
         const std::string className = all[first]->getClassName();
         while (end < all.size() && all[end]->getClassName() == className)
             ++end;
-        bodyGroups.push_back(all[first]->makeGroup(all.subspan(first, end - first)));
+        auto group = all[first]->makeGroup(all.subspan(first, end - first));
+        if (!group) {
+            std::vector<MBS_Body*> members;
+            for (const auto& body : all.subspan(first, end - first))
+                members.push_back(body.get());
+            group = std::make_shared<MBS_BodyByBodyGroup>(std::move(members));
+        }
+        bodyGroups.push_back(std::move(group));
     }
 }
 
@@ -67,8 +74,12 @@ void MBS_InternalModel::groupConstraints() {
             found = classes.insert(found, {name, {}});
         found->second.push_back(constraint.get());
     }
-    for (const auto& [name, members] : classes)
-        constraintGroups.push_back(members.front()->makeGroup(members));
+    for (const auto& [name, members] : classes) {
+        auto group = members.front()->makeGroup(members);
+        if (!group)
+            group = std::make_shared<MBS_OneByOneGroup>(members);
+        constraintGroups.push_back(std::move(group));
+    }
 }
 
 void MBS_InternalModel::sumUpDof() {

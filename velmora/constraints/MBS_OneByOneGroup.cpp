@@ -1,10 +1,10 @@
-#include "velmora/constraints/MBS_ConstraintGroup.h"
+#include "velmora/constraints/MBS_OneByOneGroup.h"
 
 #include "velmora/constraints/MBS_ExtConstraint.h"
 
 namespace velmora {
 
-MBS_ConstraintGroup::MBS_ConstraintGroup(std::vector<MBS_ExtConstraint*> members)
+MBS_OneByOneGroup::MBS_OneByOneGroup(std::vector<MBS_ExtConstraint*> members)
     : constraints(std::move(members)) {
     for (const MBS_ExtConstraint* constraint : constraints)
         for (std::size_t k = 0; k < constraint->cqTLe_qBlocks.size(); ++k)
@@ -12,18 +12,18 @@ MBS_ConstraintGroup::MBS_ConstraintGroup(std::vector<MBS_ExtConstraint*> members
                 cqTLe_q.push_back({constraint->cqTLe_qRowBodies[k], constraint->cqTLe_qColBodies[k], block});
 }
 
-void MBS_ConstraintGroup::updateForMotion(double t, const P* q, const P* qd, const P* qdd, C* out) {
+void MBS_OneByOneGroup::updateForMotion(double t, const P* q, const P* qd, const P* qdd, C* out) {
     for (MBS_ExtConstraint* constraint : constraints)
         constraint->updateForMotion(t, q, qd, qdd, out);
 }
 
-void MBS_ConstraintGroup::updateForJacobian(double t, const P* q, const P* qd, const P* qdd,
-                                            const C* multipliers) {
+void MBS_OneByOneGroup::updateForJacobian(double t, const P* q, const P* qd, const P* qdd,
+                                          const C* multipliers) {
     for (MBS_ExtConstraint* constraint : constraints)
         constraint->updateForJacobian(t, q, qd, qdd, multipliers);
 }
 
-void MBS_ConstraintGroup::getConstraintForces(const C* multipliers, P* out) const {
+void MBS_OneByOneGroup::getConstraintForces(const C* multipliers, P* out) const {
     for (const MBS_ExtConstraint* constraint : constraints)
         constraint->getConstraintForces(multipliers, out);
 }
