@@ -37,6 +37,7 @@ ALLOWED = {
 KERNEL = "velmora"
 ENTRY = "velmora/velmora.h"  # what it reaches is public
 OUTSIDE = ["driver", "examples", "benchmarks"]
+MEASURING = "benchmarks"  # what a formula costs at least is written with the kernel's own algebra
 FREE = ["tests"]
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 
@@ -102,7 +103,7 @@ def check_edges(root, includes):
             elif not is_quoted and name.startswith(KERNEL + "/"):
                 if top == KERNEL:
                     yield f"{source}: <{name}> is the form for programs outside the kernel"
-                elif top in OUTSIDE and name not in public:
+                elif top in OUTSIDE and top != MEASURING and name not in public:
                     yield f"{source}: <{name}> is not public; {ENTRY} doesn't reach it"
 
 
