@@ -1,6 +1,7 @@
 #include "driver/CheckCommand.h"
 
 #include "driver/LoadedModel.h"
+#include "driver/Redundancy.h"
 #include "driver/Terminal.h"
 
 #include <fmt/format.h>
@@ -23,8 +24,8 @@ void printContents(const IO_DataModel& dataModel) {
         fmt::print("{:<12}{:<32}{:>8}\n", name.first, name.second, count);
 }
 
-void printDegreesOfFreedom(const MBS_Model& model) {
-    fmt::print("\n{:<44}{:>8}\n", "Physical degrees of freedom", model.getNumOfPhysicalDof());
+void printEquations(const MBS_Model& model) {
+    fmt::print("\n{:<44}{:>8}\n", "Coordinates of bodies", model.getNumOfPhysicalDof());
     fmt::print("{:<44}{:>8}\n", "Equations of inner constraints", model.getNumOfInnerConstraintDof());
     fmt::print("{:<44}{:>8}\n", "Equations of external constraints", model.getNumOfExternalConstraintDof());
 }
@@ -46,41 +47,43 @@ struct WorstEquation {
     }
 };
 
-/// UUID of the body with this inner equation; its number if blocks and bodies don't correspond.
-std::string getBodyOfInnerEquation(const LoadedModel& loaded, unsigned equation) {
-    const MBS_Model& model = *loaded.model;
-    unsigned body = 0;
-    while (body + 1 < model.getNumOfBodies() && equation >= model.getNumOfInnerConstraintDofOfBody(body))
-        equation -= model.getNumOfInnerConstraintDofOfBody(body++);
-    const IO_DataModel& dataModel = *loaded.file->dataModel;
-    if (dataModel.getNumOfBlocks("Body") != model.getNumOfBodies())
-        return fmt::format("number {}", body + 1);
-    return dataModel.getBlock("Body", body)->uuid;
-}
-
 void printResidual(const char* name, const WorstEquation& worst, const std::string& place) {
     fmt::print("{:<44}{:>12.3e}{}\n", name, worst.residual, worst.residual == 0.0 ? "" : "  " + place);
 }
 
-/// False if a residual isn't finite.
-bool printInitialResiduals(const LoadedModel& loaded) {
+void printRedundancy(const HHTSystem& system, const Redundancy& redundancy) {
+    fmt::print("{:<44}{:>8}\n", "Redundant equations", redundancy.getNumOfDependentEquations());
+    fmt::print("{:<44}{:>8}\n", "Degrees of freedom", system.getNumOfPhysicalDof() - redundancy.getRank());
+    for (const std::string& text : redundancy.describe())
+        fmt::print("    {}\n", text);
+}
+
+/// False if a residual at the start isn't finite.
+bool printInitialState(const LoadedModel& loaded) {
     MBS_Model& model = *loaded.model;
     if (model.getNumOfBodies() == 0)
         return true;
-    MBS_ModelPhysicalDofVector q(&model), qd(&model), qdd(&model);
-    MBS_ModelConstraintDofVector residual(&model);
-    std::fill_n(qdd.dofVector->data, qdd.getNumOfDof(), 0.0);
-    model.copyInitialDataIntoPhysicalDofVector(&q, &qd);
-    model.updateMatricesForEquationOfMotionAndComputeResiduumForConstrDOF(0.0, &q, &qd, &qdd, &residual);
-    const WorstEquation inner(residual.innerConstraints.get());
-    const WorstEquation external(residual.externalConstraints.get());
+    const EquationNames names(&model, loaded.file->dataModel.get());
+    HHTSystem system(&model);
+    HHTState state(&model);
+    model.copyInitialDataIntoPhysicalDofVector(&state.q, &state.qd);
+    system.evaluate(state);
+    const MBS_ModelConstraintDofVector& residual = system.constraintResidual;
+    const WorstEquation inner(residual.innerConstraints.get()), external(residual.externalConstraints.get());
+    const bool isFinite = std::isfinite(inner.residual) && std::isfinite(external.residual);
+    if (isFinite) {
+        Redundancy redundancy(&system, &names);
+        system.refreshJacobian(state);
+        redundancy.leaveOutDependentEquations();
+        printRedundancy(system, redundancy);
+    }
     fmt::print("\n");
     printResidual("Largest residual of inner constraints", inner,
-                  "body <" + getBodyOfInnerEquation(loaded, inner.index) + ">");
+                  names.getBodyName(names.locate(system.getNumOfPhysicalDof() + inner.index).owner));
     if (model.getNumOfExternalConstraintDof() > 0)
         printResidual("Largest residual of external constraints", external,
-                      "constraint <" + residual.constraintDofIDs[external.index] + ">");
-    return std::isfinite(inner.residual) && std::isfinite(external.residual);
+                      names.getShortName(residual.getNumOfInternalConstraints() + external.index));
+    return isFinite;
 }
 
 } // namespace
@@ -90,8 +93,8 @@ int checkModel(const Options& options) {
     if (!loaded.model)
         return loaded.exitCode;
     printContents(*loaded.file->dataModel);
-    printDegreesOfFreedom(*loaded.model);
-    if (printInitialResiduals(loaded))
+    printEquations(*loaded.model);
+    if (printInitialState(loaded))
         return Done;
     std::fflush(stdout);
     printToStandardError(

@@ -52,6 +52,8 @@ struct SimulationSection {
     bool fixedStep = false;
     double tolerance = 1e-6;
     double alpha = -0.05;
+    double startCorrectionLimit = 1e-3;
+    bool refuseRedundant = false; ///< redundant = "error"
 };
 
 /// A model file as it was read. The data model is complete as far as the findings allow.

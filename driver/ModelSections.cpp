@@ -5,6 +5,7 @@
 #include "driver/TomlValues.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cmath>
@@ -28,6 +29,16 @@ class SectionReader {
             return false;
         *value = entry->value->as_string()->get();
         return true;
+    }
+    /// One of a few texts.
+    bool getChoice(const std::string& key, std::string* value, const std::vector<std::string>& choices) {
+        if (!getText(key, value))
+            return false;
+        if (std::ranges::find(choices, *value) != choices.end())
+            return true;
+        report(*find(key),
+               fmt::format("must be \"{}\", but is \"{}\"", fmt::join(choices, "\" or \""), *value));
+        return false;
     }
     bool getFlag(const std::string& key, bool* value) {
         const TableEntry* entry = find(key);
@@ -130,6 +141,10 @@ void readSimulationSection(const toml::table& section, ModelFile& file) {
                          "lie in [-1/3, -0.01] unless fixed_step is true");
     else
         reader.getNumber("alpha", &simulation.alpha, isHHTParameter, "lie in [-1/3, 0]");
+    reader.getNumber("start_correction_limit", &simulation.startCorrectionLimit, isNotNegative,
+                     "not be negative");
+    if (std::string redundant = "drop"; reader.getChoice("redundant", &redundant, {"drop", "error"}))
+        simulation.refuseRedundant = redundant == "error";
     reader.reportUnknownKeys();
 }
 

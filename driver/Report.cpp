@@ -17,6 +17,20 @@ std::string describeAngularMomentum(const RunOutcome& outcome) {
     return fmt::format("largest drift {:.3e} (relative)", outcome.maxAngularMomentumDrift);
 }
 
+std::string describe(const StartReport::Largest& largest, const char* unit) {
+    return largest.size > 0.0 ? fmt::format("{:.3e} {} ({})", largest.size, unit, largest.body)
+                              : fmt::format("0 {}", unit);
+}
+
+/// What the bodies' positions or velocities had to be changed by.
+std::string describeChange(const StartReport::Largest& ofPlace, const char* unitOfPlace,
+                           const StartReport::Largest& ofAngle, const char* unitOfAngle) {
+    if (ofPlace.size == 0.0 && ofAngle.size == 0.0)
+        return "fulfil the constraints as they are";
+    return fmt::format("changed by at most {} and {}", describe(ofPlace, unitOfPlace),
+                       describe(ofAngle, unitOfAngle));
+}
+
 std::string describeStepLength(const RunOutcome& outcome) {
     if (outcome.smallestStep > 0.0)
         return fmt::format("{:.3e} s to {:.3e} s", outcome.smallestStep, outcome.largestStep);
@@ -51,6 +65,13 @@ std::string summarize(const RunOutcome& outcome, const std::vector<std::string>&
     };
     addLine("Time reached",
             fmt::format("{:.9g} s{}", outcome.timeReached, outcome.succeeded ? "" : " (the run failed)"));
+    const StartReport& start = outcome.start;
+    addLine("Freedom", fmt::format("{} degrees of freedom, {} redundant equations", start.degreesOfFreedom,
+                                   start.redundantEquations.size()));
+    addLine("Start positions", describeChange(start.translation, "m", start.rotation, "rad"));
+    addLine("Start velocities", describeChange(start.velocity, "m/s", start.angularVelocity, "rad/s"));
+    addLine("Start forces",
+            "in balance with accelerations of at most " + describe(start.acceleration, "m/s^2"));
     addLine("Steps", fmt::format("{} accepted, {} rejected", outcome.steps, outcome.rejectedSteps));
     addLine("Step length", describeStepLength(outcome));
     addLine("Newton iterations", fmt::format("{}", outcome.newtonIterations));

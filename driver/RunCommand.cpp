@@ -1,6 +1,7 @@
 #include "driver/RunCommand.h"
 
 #include "driver/LoadedModel.h"
+#include "driver/Redundancy.h"
 #include "driver/Report.h"
 #include "driver/Simulation.h"
 #include "driver/Terminal.h"
@@ -22,6 +23,8 @@ SimulationSettings makeSettings(const Options& options, const SimulationSection&
     settings.fixedStep = section.fixedStep;
     settings.tolerance = section.tolerance;
     settings.alpha = section.alpha;
+    settings.startCorrectionLimit = section.startCorrectionLimit;
+    settings.refuseRedundant = section.refuseRedundant;
     return settings;
 }
 
@@ -57,6 +60,16 @@ std::vector<std::string> getResultFiles(const IO_OutputManager& output) {
     return files;
 }
 
+void warnOfRedundancy(const std::vector<std::string>& equations, const std::string& modelFile) {
+    if (equations.empty())
+        return;
+    printToStandardError(
+        fmt::format("{}: warning: {} redundant constraint equation{} left out, their forces are 0: {}\n",
+                    modelFile, equations.size(), equations.size() == 1 ? " is" : "s are",
+                    joinShortly(equations, numOfNamedEquations)),
+        MessageKind::Warning);
+}
+
 } // namespace
 
 int runModel(const Options& options) {
@@ -80,6 +93,12 @@ int runModel(const Options& options) {
                                    .run();
     progress.clear();
     results.reset();
+    if (outcome.isModelAtFault) {
+        printToStandardError(fmt::format("{}: error: {}\n", options.modelFile, outcome.diagnostic),
+                             MessageKind::Error);
+        return ModelHasErrors;
+    }
+    warnOfRedundancy(outcome.start.redundantEquations, options.modelFile);
     if (!outcome.succeeded)
         printToStandardError(fmt::format("velmora: {}\n", outcome.diagnostic), MessageKind::Error);
     if (!options.isQuiet)

@@ -98,13 +98,44 @@ TEST_F(Program, ChecksWithoutRunning) {
     write("falling.toml", body + gravity);
     ASSERT_EQ(run("check falling.toml"), 0) << messages;
     EXPECT_THAT(out, ContainsRegex("Body +Rigid_EulerParameter_PAI +1\n"));
-    EXPECT_THAT(out, ContainsRegex("Physical degrees of freedom +7\n"));
+    EXPECT_THAT(out, ContainsRegex("Coordinates of bodies +7\n"));
     EXPECT_THAT(out, ContainsRegex("residual of inner constraints +0.000e\\+00\n"));
     EXPECT_FALSE(fs::exists(folder / "results"));
     ASSERT_EQ(run("run falling.toml"), 1); // the end time is missing
     EXPECT_EQ(messages,
               "falling.toml: error: section [simulation], key <end_time>: missing; give it there or "
               "by --end-time\nfalling.toml: the model has errors\n");
+}
+
+TEST_F(Program, NamesRedundantEquations) {
+    const auto hinge = [](const std::string& name, const std::string& height) {
+        return "[[Constraint]]\ntype = 'Generic'\nuuid = '" + name +
+               "'\nBodyIDs = ['stone', '0']\nLocation = [1, 0, " + height +
+               "]\ndxFixed = true\ndyFixed = true\naxFixed = true\nayFixed = true\n";
+    };
+    const std::string model = falling + hinge("one", "0") + hinge("two", "1") + "dzFixed = true\n";
+    write("model.toml", model);
+    EXPECT_EQ(run("check model.toml"), 0) << messages;
+    EXPECT_THAT(out, ContainsRegex("Redundant equations +4\nDegrees of freedom +1\n"));
+    EXPECT_THAT(out, HasSubstr("    dyFixed of two (stone, ground) repeats one\n"));
+    EXPECT_THAT(out, Not(HasSubstr("dzFixed")));
+    EXPECT_EQ(run("run model.toml --lenient"), 1); // the initial velocity is along z
+    EXPECT_THAT(messages,
+                StartsWith("model.toml: error: The initial velocities don't fulfil the constraints"));
+    write("model.toml", "[simulation]\nend_time = 0.5\nstart_correction_limit = 2\n" +
+                            model.substr(model.find("[results]")));
+    EXPECT_EQ(run("run model.toml"), 0) << messages;
+    EXPECT_THAT(messages,
+                StartsWith("model.toml: warning: 4 redundant constraint equations are left out, their "
+                           "forces are 0: dxFixed of two (stone, ground) repeats one; "));
+    EXPECT_THAT(out, ContainsRegex("Freedom +1 degrees of freedom, 4 redundant equations\n"));
+    EXPECT_THAT(out, ContainsRegex(
+                         "Start velocities +changed by at most 3.000e\\+00 m/s .body <stone>. and 0 rad/s"));
+    write("model.toml",
+          "[simulation]\nend_time = 0.5\nredundant = 'error'\n" + model.substr(model.find("[results]")));
+    EXPECT_EQ(run("run model.toml"), 1);
+    EXPECT_THAT(messages,
+                StartsWith("model.toml: error: 4 constraint equations are redundant: dxFixed of two"));
 }
 
 TEST_F(Program, TellsAllMistakesOfAModel) {

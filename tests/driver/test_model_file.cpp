@@ -73,7 +73,8 @@ TEST(ModelFile, TurnsTablesIntoBlocks) {
 
 TEST(ModelFile, ReadsTheSections) {
     const std::string text = "[simulation]\nend_time = 2\nstep = 0.01\nfixed_step = true\ntolerance = 1e-4\n"
-                             "alpha = -0.25\n[results]\nWriteStateResultFile = true\n"
+                             "alpha = -0.25\nstart_correction_limit = 0.5\nredundant = "
+                             "'error'\n[results]\nWriteStateResultFile = true\n"
                              "WriteMeasureResultFile = false\nOutputTimeStepSize = 0.1";
     std::string withCarriageReturns;
     for (const char c : text)
@@ -89,7 +90,9 @@ TEST(ModelFile, ReadsTheSections) {
         EXPECT_THAT(file->resultKeys,
                     ElementsAre(Pair("WriteStateResultFile", "yes"), Pair("WriteMeasureResultFile", "no"),
                                 Pair("OutputTimeStepSize", "0.1")));
-        EXPECT_EQ(file->resultsLine, 10U);
+        EXPECT_EQ(file->resultsLine, 12U);
+        EXPECT_EQ(file->simulation.startCorrectionLimit, 0.5);
+        EXPECT_TRUE(file->simulation.refuseRedundant);
     }
 }
 
@@ -130,6 +133,8 @@ INSTANTIATE_TEST_SUITE_P(
                                            "is 0"},
         Fault{"[simulation]\nfixed_step = true\nalpha = 0.1",
               "m:3: error: section [simulation], key <alpha>: must lie in [-1/3, 0], but is 0.1"},
+        Fault{"[simulation]\nredundant = 'keep'", "m:2: error: section [simulation], key <redundant>: must "
+                                                  "be \"drop\" or \"error\", but is \"keep\""},
         Fault{"[simulation]\n\nendtime = 2",
               "m:3: error: section [simulation], key <endtime>: unknown key; did you mean <end_time>?"},
         Fault{"[results]\nOutputTimeStepSize = -0.5",
