@@ -23,7 +23,10 @@ constexpr double worthwhileGrowth = 1.3; // below it the step, and with it the m
 constexpr double stepRatioAfterFailure = 0.25;
 constexpr double smallestStepShare = 1.0e-11; // of the end time; shorter ones lead nowhere
 constexpr double largestStepShare = 0.1;
-constexpr double sameTime = 1.0e-9; // of a step: times nearer than this are one
+constexpr double nearlySameEquation =
+    1.0e-2;                                 // tells a singular position from nearby, and other choices apart
+constexpr double largestViolation = 1.0e-4; // of redundant equations, in radii of gyration and radians
+constexpr double sameTime = 1.0e-9;         // of a step: times nearer than this are one
 
 std::string findErrorInSettings(const SimulationSettings& settings) {
     if (!(settings.endTime > 0.0) || !std::isfinite(settings.endTime))
@@ -73,6 +76,9 @@ class Simulation::Impl {
     void writeResults();
     bool failForAccuracy(const Plan& plan);
     bool fail(StepResult result, const HHTState& state, double length);
+    bool failForViolation(const Redundancy::Violation& violation);
+    bool chooseOtherEquations(double length);
+    std::string describeSingularPosition(const HHTState& state);
     void collectStatistics();
 
     MBS_Model* model;               // not owned
@@ -88,6 +94,7 @@ class Simulation::Impl {
     RunOutcome outcome;
     double wantedStep = 0.0;
     bool hasJustFailed = false;
+    bool hasChosenOthers = false; // equations to leave out, since the last accepted step
 };
 
 RunOutcome Simulation::Impl::run() {
@@ -153,6 +160,9 @@ bool Simulation::Impl::advance() {
         result = integrator->accept();
         if (result != StepResult::Converged)
             return fail(result, integrator->getState(), plan.length);
+        if (const auto violation = redundancy->findViolationOfLeftOut();
+            violation.size > std::max(largestViolation, settings.tolerance))
+            return failForViolation(violation);
         finishStep(plan);
     }
     return true;
@@ -187,9 +197,59 @@ bool Simulation::Impl::retreat(StepResult result, const Plan& plan) {
     ++outcome.rejectedSteps;
     hasJustFailed = true;
     wantedStep = stepRatioAfterFailure * plan.length;
-    if (settings.fixedStep || wantedStep < smallestStepShare * settings.endTime)
+    if (!settings.fixedStep && wantedStep >= smallestStepShare * settings.endTime)
+        return true;
+    if (result == StepResult::NotFinite || !chooseOtherEquations(plan.length))
         return fail(result, integrator->getTrialState(), plan.length);
+    wantedStep = std::min(settings.step, largestStepShare * settings.endTime);
     return true;
+}
+
+/// Where the equations that were left out are needed, others may say what those at hand don't say any more.
+bool Simulation::Impl::chooseOtherEquations(double length) {
+    if (hasChosenOthers || system->getLeftOut().empty())
+        return false;
+    hasChosenOthers = true;
+    HHTState& state = integrator->getState();
+    const unsigned rank = redundancy->getRank();
+    if (!system->evaluate(state))
+        return false;
+    system->refreshJacobian(state);
+    Redundancy others(system.get(), names.get());
+    if (!others.leaveOutDependentEquations(nearlySameEquation) || others.getRank() != rank)
+        return false;
+    *redundancy = others;
+    return system->solveForAccelerations(state) == StepResult::Converged &&
+           integrator->start(length) == StepResult::Converged;
+}
+
+/// Empty if the position isn't singular.
+std::string Simulation::Impl::describeSingularPosition(const HHTState& state) {
+    if (!system->evaluate(state))
+        return {};
+    system->refreshJacobian(state);
+    Redundancy here(system.get(), names.get());
+    here.leaveOutDependentEquations(nearlySameEquation);
+    if (here.getRank() >= redundancy->getRank())
+        return {};
+    std::vector<std::string> equations = here.describe();
+    std::erase_if(equations, [this](const std::string& equation) {
+        return std::ranges::find(outcome.start.redundantEquations, equation) !=
+               outcome.start.redundantEquations.end();
+    });
+    return "The mechanism has come to a singular position, or very near to one, where " +
+           joinShortly(equations, numOfNamedEquations) + ". ";
+}
+
+bool Simulation::Impl::failForViolation(const Redundancy::Violation& violation) {
+    outcome.diagnostic =
+        fmt::format("Time {:.9g}: {} was left out, since it repeated other equations, but isn't fulfilled "
+                    "any more: it is "
+                    "off by {:.3g} radii of gyration or rad. The equations were left out in a singular "
+                    "position, then, or "
+                    "don't repeat the others exactly.",
+                    integrator->getState().time, names->getShortName(violation.equation), violation.size);
+    return false;
 }
 
 bool Simulation::Impl::isAccurate(const Plan& plan) {
@@ -216,6 +276,7 @@ void Simulation::Impl::adaptStep(const Plan& plan) {
 void Simulation::Impl::finishStep(const Plan& plan) {
     const HHTState& state = integrator->getState();
     ++outcome.steps;
+    hasChosenOthers = false;
     outcome.timeReached = state.time;
     outcome.largestStep = std::max(outcome.largestStep, plan.length);
     if (!plan.isCut)
@@ -255,6 +316,14 @@ bool Simulation::Impl::fail(StepResult result, const HHTState& state, double len
     else
         outcome.diagnostic =
             place + "The Newton iteration doesn't converge. " + diagnostics.describeLargestResiduals();
+    if (result == StepResult::NotFinite || outcome.steps == 0)
+        return false;
+    // The last state may be the better witness: the trial state can be far from everything.
+    for (const HHTState* witness : {static_cast<const HHTState*>(&integrator->getState()), &state})
+        if (const std::string reason = describeSingularPosition(*witness); !reason.empty()) {
+            outcome.diagnostic.insert(place.size(), reason);
+            break;
+        }
     return false;
 }
 

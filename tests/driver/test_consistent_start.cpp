@@ -108,5 +108,32 @@ TEST(ConsistentStart, NamesWhatContradictsTheOtherEquations) {
                 HasSubstr("Farthest off at the start is axFixed of hinge-a (arm, ground)"));
 }
 
+/// Turns the arm out of its plane by a driven scalar product, which can't exceed 1.
+TEST(SingularPosition, IsNamedWithItsTime) {
+    Pendulum pendulum;
+    pendulum.settings.endTime = 2.0;
+    pendulum.model->disturbResidual = [](double t, double* residuals) { residuals[2] += t * t; };
+    const RunOutcome outcome = pendulum.run();
+    EXPECT_FALSE(outcome.succeeded);
+    EXPECT_FALSE(outcome.isModelAtFault);
+    EXPECT_NEAR(outcome.timeReached, 1.0, 0.01);
+    EXPECT_THAT(outcome.diagnostic, StartsWith("Time "));
+    EXPECT_THAT(outcome.diagnostic,
+                HasSubstr("The mechanism has come to a singular position, or very near to "
+                          "one, where "));
+    EXPECT_THAT(outcome.diagnostic, HasSubstr("of hinge-a (arm, ground) repeats hinge-a"));
+}
+
+TEST(SingularPosition, LeftOutEquationsThatStopRepeatingAreNamed) {
+    Pendulum twice(true);
+    twice.model->disturbResidual = [](double t, double* residuals) {
+        residuals[10] += std::max(0.0, 1e-3 * (t - 0.1));
+    };
+    const RunOutcome outcome = twice.run();
+    EXPECT_GT(outcome.timeReached, 0.1);
+    EXPECT_THAT(outcome.diagnostic,
+                HasSubstr("dzFixed of hinge-b (arm, ground) was left out, since it repeated"));
+}
+
 } // namespace
 } // namespace velmora::driver
