@@ -4,6 +4,7 @@
 #include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/global_matrix/MBS_ContributionCodes.h"
 #include "velmora/matrix/MBM_DenseMatrix.h"
+#include "velmora/matrix/MBM_SparseMat_CSR3.h"
 #include "velmora/model/BlockProducts.h"
 #include "velmora/model/MBS_Math.h"
 #include "velmora/model/MBS_ModelDofVector.h"
@@ -41,11 +42,56 @@ MBS_ConstraintCell_Map_Procedure::MBS_ConstraintCell_Map_Procedure(unsigned firs
 MBS_ConstraintCell_Map_Procedure::~MBS_ConstraintCell_Map_Procedure() = default;
 
 void MBS_ConstraintCell_Map_Procedure::initMappers(MBM_SparseMat_CSR3& sparse) {
+    for (const Part& part : collectParts(sparse))
+        plan.add(sparse,
+                 {rowOffset + (isTransposed() ? part.equation : part.dof),
+                  colOffset + (isTransposed() ? part.dof : part.equation), part.rows, part.cols, part.shape,
+                  isTransposed()},
+                 {{part.data, scalingPointer, 0, false}});
+}
+
+std::vector<MBS_ConstraintCell_Map_Procedure::Part>
+MBS_ConstraintCell_Map_Procedure::collectParts(const MBM_SparseMat_CSR3& sparse) const {
+    constexpr std::size_t lookBack = 12; // parts of three equations between two bodies
+    std::vector<Part> parts;
+    const auto add = [&](const MBM_DenseMatrix* matrix, const Entry& entry, unsigned kindOffset) {
+        if (!matrix)
+            return;
+        const Part part{entry.physicalOffset + kindOffset,
+                        entry.constraintOffset,
+                        matrix->rows,
+                        matrix->cols,
+                        matrix->isDiagonal() ? MBS_BlockShape::Diagonal : MBS_BlockShape::General,
+                        matrix->data};
+        const auto begin = parts.end() - static_cast<std::ptrdiff_t>(std::min(lookBack, parts.size()));
+        const auto found = std::find_if(
+            begin, parts.end(), [&](const Part& earlier) { return isContinuation(sparse, earlier, part); });
+        if (found == parts.end())
+            parts.push_back(part);
+        else
+            found->cols += part.cols;
+    };
     for (const Entry& entry : entries) {
-        addPart(sparse, entry, entry.cqT->tPart.get(), 0);
-        addPart(sparse, entry, entry.cqT->rPart.get(), entry.cqT->transDof);
-        addPart(sparse, entry, entry.cqT->fPart.get(), entry.cqT->transDof + entry.cqT->rotDof);
+        add(entry.cqT->tPart.get(), entry, 0);
+        add(entry.cqT->rPart.get(), entry, entry.cqT->transDof);
+        add(entry.cqT->fPart.get(), entry, entry.cqT->transDof + entry.cqT->rotDof);
     }
+    return parts;
+}
+
+// Where equations stand in the rows, these must be equally far apart among the sparse values.
+bool MBS_ConstraintCell_Map_Procedure::isContinuation(const MBM_SparseMat_CSR3& sparse, const Part& part,
+                                                      const Part& next) const {
+    if (next.dof != part.dof || next.rows != part.rows || next.equation != part.equation + part.cols ||
+        next.data != part.data + std::size_t{part.rows} * part.cols ||
+        part.shape != MBS_BlockShape::General || next.shape != MBS_BlockShape::General)
+        return false;
+    if (!isTransposed() || part.cols == 1)
+        return true;
+    const auto place = [&](unsigned equation) {
+        return sparse.lowerBound(rowOffset + equation, colOffset + part.dof);
+    };
+    return place(next.equation) - place(next.equation - 1) == place(part.equation + 1) - place(part.equation);
 }
 
 // Objects of one constraint stand side by side.
@@ -58,18 +104,6 @@ void MBS_ConstraintCell_Map_Procedure::multiplyCq(const double* coordinates, dou
         addTransposedProduct(*entry.cqT, coordinates + entry.physicalOffset, result);
         last = &entry;
     }
-}
-
-void MBS_ConstraintCell_Map_Procedure::addPart(MBM_SparseMat_CSR3& sparse, const Entry& entry,
-                                               const MBM_DenseMatrix* part, unsigned kindOffset) {
-    if (!part)
-        return;
-    const unsigned dof = entry.physicalOffset + kindOffset, equation = entry.constraintOffset;
-    const auto shape = part->isDiagonal() ? MBS_BlockShape::Diagonal : MBS_BlockShape::General;
-    plan.add(sparse,
-             {rowOffset + (isTransposed() ? equation : dof), colOffset + (isTransposed() ? dof : equation),
-              part->rows, part->cols, shape, isTransposed()},
-             {{part->data, scalingPointer, 0, false}});
 }
 
 MBS_PhysicalDOF_x_ConstraintDOF_Map_Procedure::MBS_PhysicalDOF_x_ConstraintDOF_Map_Procedure(

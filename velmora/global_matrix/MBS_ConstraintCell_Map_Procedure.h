@@ -50,8 +50,17 @@ class MBS_ConstraintCell_Map_Procedure {
     std::vector<Entry> entries;
 
   private:
-    void addPart(MBM_SparseMat_CSR3& sparse, const Entry& entry, const MBM_DenseMatrix* part,
-                 unsigned kindOffset);
+    /// Equations over the coordinates of one kind of one body.
+    struct Part {
+        unsigned dof, equation; // zero-based, within the cell
+        unsigned rows, cols;    // coordinates, equations
+        MBS_BlockShape shape;
+        const double* data;
+    };
+
+    /// All parts of all objects. Neighbouring equations whose elements are neighbours too become one part.
+    std::vector<Part> collectParts(const MBM_SparseMat_CSR3& sparse) const;
+    bool isContinuation(const MBM_SparseMat_CSR3& sparse, const Part& part, const Part& next) const;
 
     MBS_ScatterPlan plan;
 };

@@ -1,6 +1,5 @@
 #include "velmora/global_matrix/MBS_ScatterPlan.h"
 
-#include "velmora/matrix/FixedSize.h"
 #include "velmora/matrix/MBM_DenseMatrix.h"
 #include "velmora/matrix/MBM_SparseMat_CSR3.h"
 
@@ -19,6 +18,8 @@ enum class MBS_ScatterPlan::Route : std::uint8_t {
     Column3,
     Row4,
     Row3,
+    Block3x3Transposed,
+    Block4x3Transposed,
     Diagonal3,
     Diagonal4,
     AnySize,
@@ -39,11 +40,18 @@ MBS_ScatterPlan::Route MBS_ScatterPlan::Pattern::findRoute() const {
     };
     using enum MBS_BlockShape;
     static constexpr Row rows[] = {
-        {4, 4, General, false, Route::Block4x4},   {3, 3, General, false, Route::Block3x3},
-        {3, 4, General, false, Route::Block3x4},   {4, 3, General, false, Route::Block4x3},
-        {4, 1, General, false, Route::Column4},    {3, 1, General, false, Route::Column3},
-        {4, 1, General, true, Route::Row4},        {3, 1, General, true, Route::Row3},
-        {3, 3, Diagonal, false, Route::Diagonal3}, {4, 4, Diagonal, false, Route::Diagonal4},
+        {4, 4, General, false, Route::Block4x4},
+        {3, 3, General, false, Route::Block3x3},
+        {3, 4, General, false, Route::Block3x4},
+        {4, 3, General, false, Route::Block4x3},
+        {4, 1, General, false, Route::Column4},
+        {3, 1, General, false, Route::Column3},
+        {4, 1, General, true, Route::Row4},
+        {3, 1, General, true, Route::Row3},
+        {3, 3, General, true, Route::Block3x3Transposed},
+        {4, 3, General, true, Route::Block4x3Transposed},
+        {3, 3, Diagonal, false, Route::Diagonal3},
+        {4, 4, Diagonal, false, Route::Diagonal4},
     };
     if (std::ranges::find(usesT, true) != usesT.end())
         return Route::WithT;
@@ -56,17 +64,32 @@ MBS_ScatterPlan::Route MBS_ScatterPlan::Pattern::findRoute() const {
 
 // Sum of s_k B_k for blocks of a size known at compile time, kept in registers.
 template <int R, int C>
-inline void MBS_ScatterPlan::Pattern::writeSized(double* first, std::size_t rowStride,
-                                                 const double* const* sources) const {
+inline Mat<R, C> MBS_ScatterPlan::Pattern::weightedSum(const double* const* sources) const {
     Mat<R, C> sum;
     for (const double* weight : weights) {
         const double* source = *sources++;
         for (std::size_t n = 0; n < sum.data.size(); ++n)
             sum.data[n] += *weight * source[n];
     }
+    return sum;
+}
+
+template <int R, int C>
+inline void MBS_ScatterPlan::Pattern::writeSized(double* first, std::size_t rowStride,
+                                                 const double* const* sources) const {
+    const Mat<R, C> sum = weightedSum<R, C>(sources);
     for (int i = 0; i < R; ++i)
         for (int j = 0; j < C; ++j)
             first[static_cast<std::size_t>(i) * rowStride + static_cast<std::size_t>(j)] = sum(i, j);
+}
+
+template <int R, int C>
+inline void MBS_ScatterPlan::Pattern::writeTransposed(double* first, std::size_t rowStride,
+                                                      const double* const* sources) const {
+    const Mat<R, C> sum = weightedSum<R, C>(sources);
+    for (int j = 0; j < C; ++j)
+        for (int i = 0; i < R; ++i)
+            first[static_cast<std::size_t>(j) * rowStride + static_cast<std::size_t>(i)] = sum(i, j);
 }
 
 template <int N>
@@ -175,6 +198,12 @@ void MBS_ScatterPlan::run(MBM_GeneralDenseMatrix** T) const {
             break;
         case Route::Row3:
             p.writeSized<1, 3>(first, stride, source);
+            break;
+        case Route::Block3x3Transposed:
+            p.writeTransposed<3, 3>(first, stride, source);
+            break;
+        case Route::Block4x3Transposed:
+            p.writeTransposed<4, 3>(first, stride, source);
             break;
         case Route::Diagonal3:
             p.writeDiagonal<3>(first, stride, source);

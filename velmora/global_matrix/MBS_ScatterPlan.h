@@ -1,5 +1,6 @@
 #pragma once
 
+#include "velmora/matrix/FixedSize.h"
 #include "velmora/platform/LargePages.h"
 
 #include <cstddef>
@@ -65,6 +66,10 @@ class MBS_ScatterPlan {
         // distance of its rows there.
         template <int R, int C>
         void writeSized(double* first, std::size_t rowStride, const double* const* sources) const;
+        template <int R, int C>
+        void writeTransposed(double* first, std::size_t rowStride, const double* const* sources) const;
+        template <int R, int C>
+        Mat<R, C> weightedSum(const double* const* sources) const;
         template <int N>
         void writeDiagonal(double* first, std::size_t rowStride, const double* const* sources) const;
         void writeAnySize(double* first, std::size_t rowStride, const double* const* sources) const;
