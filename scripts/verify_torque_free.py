@@ -10,10 +10,10 @@ are read from the result files. Exit code 1 if the order isn't two.
 import argparse
 import math
 import pathlib
-import re
-import subprocess
 import sys
 import tempfile
+
+from result_files import Run, replace_table
 
 INERTIA = (1.0, 2.0, 3.0)
 OMEGA_0 = (0.0, 1.0, 0.1)  # body frame, near the middle axis; its first component starts at zero
@@ -21,7 +21,6 @@ END_TIME = 20.0
 OUTPUT_STEP = 0.1
 STEPS = (0.02, 0.01, 0.005, 0.0025)
 ALPHA = -0.05
-MARKERS = ("<!-- torque-free table: begin -->", "<!-- torque-free table: end -->")
 
 
 def agm_quarter_period(k2):
@@ -141,20 +140,11 @@ RegardVelocityInertiaForcesInsideJacobian = true
     )
 
 
-def read_records(path):
-    """Time and numbers of the one body, record by record."""
-    lines = path.read_text(encoding="utf-8").splitlines()
-    data = lines[lines.index("Data") + 2 :]
-    return [(float(data[i]), tuple(map(float, data[i + 1].split()))) for i in range(0, len(data) - 1, 2)]
-
-
-def run(program, folder, solution, step):
+def run_model(program, folder, solution, step):
     model = folder / f"torque_free_{step}.toml"
     write_model(model, solution, step)
-    results = folder / model.stem
-    subprocess.run([program, "run", str(model), "-o", str(results), "--quiet"], check=True, stdout=subprocess.DEVNULL)
-    states = read_records(results / f"{model.stem}.srf")
-    velocities = read_records(results / f"{model.stem}.vrf")
+    run = Run(program, model, folder / model.stem)
+    states, velocities = (list(zip(file.times, file.of("top"))) for file in map(run.file, ("srf", "vrf")))
     expected = round(END_TIME / OUTPUT_STEP) + 1
     if len(states) != expected or len(velocities) != expected:
         raise SystemExit(f"{model.stem}: {len(states)} records, expected {expected}")
@@ -199,15 +189,6 @@ def make_table(rows):
     return "\n".join(lines)
 
 
-def replace_table(path, table):
-    begin, end = map(re.escape, MARKERS)
-    text = path.read_text(encoding="utf-8")
-    new, count = re.subn(f"{begin}.*?{end}", lambda _: f"{MARKERS[0]}\n{table}\n{MARKERS[1]}", text, flags=re.S)
-    if count != 1:
-        raise SystemExit(f"{path}: the markers of the table are missing")
-    path.write_text(new, encoding="utf-8")
-
-
 def main():
     root = pathlib.Path(__file__).resolve().parent.parent
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
@@ -220,12 +201,12 @@ def main():
     rows = []
     with tempfile.TemporaryDirectory() as folder:
         for step in STEPS:
-            rows.append((step, compare(solution, *run(arguments.program, pathlib.Path(folder), solution, step))))
+            rows.append((step, compare(solution, *run_model(arguments.program, pathlib.Path(folder), solution, step))))
     table = make_table(rows)
     if arguments.print:
         print(table)
     else:
-        replace_table(arguments.document, table)
+        replace_table(arguments.document, "torque-free table", table)
     orders = [math.log2(a / b) for (_, x), (_, y) in zip(rows, rows[1:]) for a, b in zip(x, y)]
     if any(not 1.9 < order < 2.1 for order in orders):
         sys.exit("the order isn't two")
