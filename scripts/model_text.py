@@ -1,0 +1,80 @@
+"""Writes model files: numbers to full precision, lengths in m, masses in kg, angles in radians."""
+
+import math
+
+UNIT = ((1, 0, 0), (0, 1, 0), (0, 0, 1))
+FLAGS = ("dx", "dy", "dz", "ax", "ay", "az")
+HINGE_Z = ("dx", "dy", "dz", "ax", "ay")  # free to turn about the joint's z axis
+BALL = ("dx", "dy", "dz")
+
+
+def cross(a, b):
+    return (a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0])
+
+
+def turned_about_z(angle):
+    """Axes of a body that is turned about z."""
+    c, s = math.cos(angle), math.sin(angle)
+    return (c, s, 0.0), (-s, c, 0.0), (0, 0, 1)
+
+
+def turned_about_x(angle):
+    c, s = math.cos(angle), math.sin(angle)
+    return (1, 0, 0), (0.0, c, s), (0.0, -s, c)
+
+
+def frame_with_z(z):
+    """Right-handed axes, the last along z."""
+    length = math.sqrt(sum(c * c for c in z))
+    z = tuple(c / length for c in z)
+    helper = (1.0, 0.0, 0.0) if abs(z[0]) < 0.6 else (0.0, 1.0, 0.0)
+    x = cross(helper, z)
+    length = math.sqrt(sum(c * c for c in x))
+    x = tuple(c / length for c in x)
+    return x, cross(z, x), z
+
+
+def to_text(value):
+    if isinstance(value, bool):
+        return "true" if value else "false"
+    if isinstance(value, str):
+        return f'"{value}"'
+    if isinstance(value, (tuple, list)):
+        return "[" + ", ".join(map(to_text, value)) + "]"
+    return repr(value)
+
+
+class ModelText:
+    """Collects the blocks of a model file, in the order of the calls."""
+
+    def __init__(self, name, simulation, results):
+        self.lines = ["[model]", f"name = {to_text(name)}"]
+        self.add("[simulation]", simulation)
+        self.add("[results]", results)
+
+    def add(self, head, keys):
+        self.lines += ["", head, *(f"{key} = {to_text(value)}" for key, value in keys.items())]
+
+    def body(self, uuid, mass, inertia, center, axes=UNIT, velocity=(0, 0, 0), omega=(0, 0, 0)):
+        self.add("[[Body]]", {
+            "type": "Rigid_EulerParameter_PAI", "uuid": uuid, "Mass": mass, "Inertia": inertia,
+            "LocationCenterMass": center, "OrientationPAI": axes,
+            "InitialVelocityVector": velocity, "InitialOmegaVector": omega})
+
+    def joint(self, uuid, bodies, location, fixed, axes=UNIT):
+        """`fixed` names what the joint holds, out of dx to az, along and about the joint's axes."""
+        keys = {"type": "Generic", "uuid": uuid, "BodyIDs": bodies, "Location": location}
+        if axes != UNIT:
+            keys["ConstraintOrientation"] = axes
+        self.add("[[Constraint]]", keys | {f"{flag}Fixed": True for flag in FLAGS if flag in fixed})
+
+    def gear(self, uuid, bodies, axis1, axis2, multiplier, locations):
+        self.add("[[Constraint]]", {
+            "type": "Gear", "uuid": uuid, "BodyIDs": bodies, "VectorBody1": axis1, "VectorBody2": axis2,
+            "Multiplier": multiplier, "LocationBody1": locations[0], "LocationBody2": locations[1]})
+
+    def gravity(self, acceleration):
+        self.add("[[Force]]", {"type": "Gravity", "uuid": "gravity", "GravityAccVector": acceleration})
+
+    def text(self):
+        return "\n".join(self.lines) + "\n"
