@@ -35,7 +35,7 @@ class Run:
     def __init__(self, program, model, folder, arguments=()):
         self.stem = pathlib.Path(model).stem
         self.folder = pathlib.Path(folder)
-        command = [str(program), "run", str(model), "-o", str(folder), "--quiet", *arguments]
+        command = [str(program), "run", str(model), "-o", str(folder), *arguments]
         done = subprocess.run(command, capture_output=True, text=True)
         if done.returncode != 0:
             raise SystemExit(f"{model}: exit code {done.returncode}\n{done.stderr}{done.stdout}")
