@@ -2,6 +2,8 @@
 #include "tests/support/ModelFixture.h"
 #include "velmora/bodies/MBS_Body.h"
 #include "velmora/constraints/MBS_ExtConstraint.h"
+#include "velmora/global_matrix/MBS_ContributionCodes.h"
+#include "velmora/global_matrix/MBS_GlobalModelMatrix.h"
 #include "velmora/model/BlockProducts.h"
 #include "velmora/model/internal/MBS_InternalModel.h"
 
@@ -123,6 +125,11 @@ TEST_P(Constraints, BlocksAloneGiveTheSame) {
     model->updateMatricesForEquationOfMotionAndComputeResiduumForConstrDOF(0.1, &s.q, &s.qd, &s.qdd,
                                                                            &residual);
     model->updateMatricesForJacobian(0.1, &s.q, &s.qd, &s.qdd, &s.lambda);
+    // Whoever reads the CqTdT objects finds the last state in them, even if he comes late.
+    const std::vector<unsigned> types{ConstraintJacobianTDot}, places{0};
+    const std::vector<double> weights{1.0};
+    const std::unique_ptr<MBS_GlobalModelMatrix> reader(
+        model->createModelRelatedMatrix(1, 1, &types, &places, &places, &weights, false));
     model->getConstraintForceDqTimesW(&s.qdd, &together);
     std::fill_n(sum.dofVector->data, sum.getNumOfDof(), 0.0);
     for (const auto& body : dynamic_cast<MBS_InternalModel&>(*model).getBodies())

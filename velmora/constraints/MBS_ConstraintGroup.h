@@ -19,6 +19,7 @@ class MBS_ConstraintGroup {
     struct CqTLe_q {
         unsigned rowBody, colBody;
         const MBS_GeneralBodyBodyMatrix* block; ///< not owned
+        bool isTransposed = false;              ///< the part is the transpose of the block
     };
 
     MBS_ConstraintGroup() = default;
@@ -28,8 +29,12 @@ class MBS_ConstraintGroup {
 
     /// Residuals and all CqT objects.
     virtual void updateForMotion(double t, const P* q, const P* qd, const P* qdd, C* out) = 0;
-    /// What `cqTLe_q` lists and all CqTdT objects, after `updateForMotion` at the same state.
+    /// What `cqTLe_q` lists, and the CqTdT objects if they are read, after `updateForMotion` at the same
+    /// state.
     virtual void updateForJacobian(double t, const P* q, const P* qd, const P* qdd, const C* multipliers) = 0;
+    /// Says that somebody reads the CqTdT objects from now on. They hold the values of the last
+    /// `updateForJacobian` at once.
+    virtual void keepRates() {}
     /// Adds Cq' lambda.
     virtual void getConstraintForces(const C* multipliers, P* out) const = 0;
 

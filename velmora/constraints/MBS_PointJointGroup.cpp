@@ -11,7 +11,7 @@ namespace velmora {
 
 namespace {
 
-/// Block over the sums of one joint, whose four blocks are refreshed together.
+/// Block over some of the sums of one joint, which are all refreshed together.
 class JointBlock : public MBS_GeneralBodyBodyMatrix {
   public:
     JointBlock(const PointJointState& state, PointJointState::CqTLe_q& elements)
@@ -97,18 +97,15 @@ void MBS_PointJointGroup::createBlocks(std::size_t k) {
         blocks.push_back(std::move(block));
         return made;
     };
-    JointBlock& block11 = make(joint.body1Index, joint.body1Index);
-    block11.add(Trans, Rot, general, s.tr_11);
-    block11.add(Rot, Trans, general, s.rt_11);
-    block11.add(Rot, Rot, symmetric, s.rr_11);
-    JointBlock& block12 = make(joint.body1Index, joint.body2Index);
-    block12.add(Rot, Trans, general, s.rt_12);
-    block12.add(Rot, Rot, general, s.rr_12);
+    JointBlock& tr11 = make(joint.body1Index, joint.body1Index);
+    tr11.add(Trans, Rot, general, s.tr_11);
+    cqTLe_q.push_back({joint.body1Index, joint.body1Index, &tr11, true});
+    make(joint.body1Index, joint.body1Index).add(Rot, Rot, symmetric, s.rr_11);
     JointBlock& block21 = make(joint.body2Index, joint.body1Index);
     block21.add(Trans, Rot, general, s.tr_21);
     block21.add(Rot, Rot, general, s.rr_21);
-    JointBlock& block22 = make(joint.body2Index, joint.body2Index);
-    block22.add(Rot, Rot, symmetric, s.rr_22);
+    cqTLe_q.push_back({joint.body1Index, joint.body2Index, &block21, true});
+    make(joint.body2Index, joint.body2Index).add(Rot, Rot, symmetric, s.rr_22);
 }
 
 void MBS_PointJointGroup::updateForMotion(double, const P* q, const P*, const P*, C* out) {
@@ -123,10 +120,18 @@ void MBS_PointJointGroup::updateForMotion(double, const P* q, const P*, const P*
 
 void MBS_PointJointGroup::updateForJacobian(double, const P* q, const P* qd, const P*, const C* multipliers) {
     for (std::size_t k = 0; k < joints.size(); ++k) {
-        const PointJointState& joint = joints[k];
+        PointJointState& joint = joints[k];
         joint.setCqTLe_q(q, joint.weightedAxes(multipliers), sums[k]); // (4)
-        joint.setCqTdT(q, qd, cqTdT[k]);                               // (3)
+        joint.setRateOfDifference(q, qd);
+        if (areRatesKept)
+            joint.setCqTdT(cqTdT[k]); // (3)
     }
+}
+
+void MBS_PointJointGroup::keepRates() {
+    areRatesKept = true;
+    for (std::size_t k = 0; k < joints.size(); ++k)
+        joints[k].setCqTdT(cqTdT[k]);
 }
 
 void MBS_PointJointGroup::getConstraintForces(const C* multipliers, P* out) const {

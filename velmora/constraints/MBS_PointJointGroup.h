@@ -34,6 +34,7 @@ class MBS_PointJointGroup final : public MBS_ConstraintGroup {
     void updateForMotion(double t, const P* q, const P* qd, const P* qdd, C* out) override;
     void updateForJacobian(double t, const P* q, const P* qd, const P* qdd, const C* multipliers) override;
     void getConstraintForces(const C* multipliers, P* out) const override;
+    void keepRates() override;
 
     EvaluationArray<PointJointState> joints;
     EvaluationArray<ColumnsOfBodies> cqT, cqTdT;
@@ -43,6 +44,7 @@ class MBS_PointJointGroup final : public MBS_ConstraintGroup {
     void createBlocks(std::size_t k);
 
     std::vector<std::unique_ptr<MBS_GeneralBodyBodyMatrix>> blocks; // over `sums`
+    bool areRatesKept = false;
 };
 
 } // namespace velmora

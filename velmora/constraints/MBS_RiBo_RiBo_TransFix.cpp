@@ -82,6 +82,11 @@ Vec3 MBS_RiBo_RiBo_TransFix::weightedAxis(const C* multipliers) const {
     return *multipliers->equationsOfConstraint(constraintIndex) * localAxis;
 }
 
+void MBS_RiBo_RiBo_TransFix::updateRates(const P* q, const P* qd) const {
+    joint().setRateOfDifference(q, qd);
+    joint().setCqTdT(cqTdT());
+}
+
 void MBS_RiBo_RiBo_TransFix::getAndUpdateConstraints(double, const P* q, const P*, const P*, C* out) {
     *out->equationsOfConstraint(constraintIndex) = joint().residual(q)(static_cast<int>(column));
 }
@@ -101,24 +106,24 @@ void MBS_RiBo_RiBo_TransFix_CqT_2::update(double, const P* q, const P*, const P*
 }
 
 void MBS_RiBo_RiBo_TransFix_CqTdT_1::update(double, const P* q, const P* qd, const P*) {
-    constraint->joint().setCqTdT(q, qd, constraint->cqTdT());
+    constraint->updateRates(q, qd);
 }
 
 void MBS_RiBo_RiBo_TransFix_CqTdT_2::update(double, const P* q, const P* qd, const P*) {
-    constraint->joint().setCqTdT(q, qd, constraint->cqTdT());
+    constraint->updateRates(q, qd);
 }
 
 void MBS_RiBo_RiBo_TransFix_CqTLe_q_11::update(double, const P* q, const P*, const P*, const C* lagrange) {
     const auto blocks = blocksOf(*constraint, q, lagrange);
     blocks.tr_11.to(block[Trans][Rot]->data);
-    blocks.rt_11.to(block[Rot][Trans]->data);
+    transpose(blocks.tr_11).to(block[Rot][Trans]->data);
     blocks.rr_11.to(block[Rot][Rot]->data);
 }
 
 void MBS_RiBo_RiBo_TransFix_CqTLe_q_12::update(double, const P* q, const P*, const P*, const C* lagrange) {
     const auto blocks = blocksOf(*constraint, q, lagrange);
-    blocks.rt_12.to(block[Rot][Trans]->data);
-    blocks.rr_12.to(block[Rot][Rot]->data);
+    transpose(blocks.tr_21).to(block[Rot][Trans]->data);
+    transpose(blocks.rr_21).to(block[Rot][Rot]->data);
 }
 
 void MBS_RiBo_RiBo_TransFix_CqTLe_q_21::update(double, const P*, const P*, const P*, const C*) {

@@ -25,6 +25,8 @@ class MBS_RiBo_RiBo_TransFix final : public MBS_BodyBodyConstraint {
     PointJointState& joint() const { return group->joints[place]; }
     PointJointState::ColumnsOfBodies& cqT() const { return group->cqT[place]; }
     PointJointState::ColumnsOfBodies& cqTdT() const { return group->cqTdT[place]; }
+    /// Refreshes all CqTdT objects of the joint.
+    void updateRates(const P* q, const P* qd) const;
     /// w of this equation alone.
     Vec3 weightedAxis(const C* multipliers) const;
 

@@ -20,8 +20,8 @@
 /// (3) CqTdT_1     : t = -[adot],         r = (K(e1dot; d) + K(e1; ddot))' B
 ///     CqTdT_2     : t =  [adot],         r = J(e2dot; u2)' [a] + J2' [adot]
 /// (4) CqTLe_q_11  : tr = -J1(w), rt = tr',   rr = E(d; w)
-///     CqTLe_q_12  : rt =  J1(w)',            rr = J1(w)' J2
-///     CqTLe_q_21  : transpose of CqTLe_q_12
+///     CqTLe_q_21  : tr =  J1(w),             rr = J2' J1(w)
+///     CqTLe_q_12  : transpose of CqTLe_q_21
 ///     CqTLe_q_22  :                          rr = E(A1 w; u2)
 ///
 /// (4) is linear in w: with one multiplier alone it gives the blocks of that equation, and with all of them
@@ -43,11 +43,10 @@ struct PointJointState : BodyPair {
     struct ColumnsOfBodies {
         Columns body1, body2;
     };
-    /// Elements of the blocks of d(Cq' lambda)/dq.
+    /// Elements of d(Cq' lambda)/dq, those that are transposes of others left out.
     struct CqTLe_q {
         Mat34 tr_11, tr_21;
-        Mat43 rt_11, rt_12;
-        Mat4 rr_11, rr_12, rr_21, rr_22;
+        Mat4 rr_11, rr_21, rr_22;
     };
 
     /// (1)
@@ -64,29 +63,30 @@ struct PointJointState : BodyPair {
         to.body2.t = currentAxes;
         to.body2.r = transposeTimes(J2, currentAxes);
     }
-    /// (3)
-    void setCqTdT(const P* q, const P* qd, ColumnsOfBodies& to) const {
-        const Vec4 e1 = eulerParameters(q, body1Index), e1Dot = eulerParameters(qd, body1Index);
-        const Vec4 e2 = eulerParameters(q, body2Index), e2Dot = eulerParameters(qd, body2Index);
-        const Mat34 J2 = J(e2, localPoint2);
-        const Vec3 dDot = translation(qd, body2Index) + J2 * e2Dot - translation(qd, body1Index);
+    /// ddot
+    void setRateOfDifference(const P* q, const P* qd) {
+        rateOfDifference = translation(qd, body2Index) +
+                           J(eulerParameters(q, body2Index), localPoint2) * eulerParameters(qd, body2Index) -
+                           translation(qd, body1Index);
+    }
+    /// (3) From ddot and the commons of the bodies.
+    void setCqTdT(ColumnsOfBodies& to) const {
+        const Vec4 &e1 = commons1->p, &e1Dot = commons1->dp, &e2 = commons2->p, &e2Dot = commons2->dp;
         const Mat3 aDot = rateOfA(e1, e1Dot) * localAxes;
         to.body1.t = -aDot;
-        to.body1.r = transposeTimes(K(e1Dot, pointDifference) + K(e1, dDot), localAxes);
+        to.body1.r = transposeTimes(K(e1Dot, pointDifference) + K(e1, rateOfDifference), localAxes);
         to.body2.t = aDot;
-        to.body2.r = transposeTimes(J(e2Dot, localPoint2), currentAxes) + transposeTimes(J2, aDot);
+        to.body2.r =
+            transposeTimes(J(e2Dot, localPoint2), currentAxes) + transposeTimes(J(e2, localPoint2), aDot);
     }
     /// (4)
     void setCqTLe_q(const P* q, const Vec3& w, CqTLe_q& to) const {
         const Mat34 J1 = J(eulerParameters(q, body1Index), w);
         const Mat34 J2 = J(eulerParameters(q, body2Index), localPoint2);
         to.tr_11 = -J1;
-        to.rt_11 = transpose(to.tr_11);
         to.rr_11 = E(pointDifference, w);
-        to.rt_12 = transpose(J1);
-        to.rr_12 = to.rt_12 * J2;
         to.tr_21 = J1;
-        to.rr_21 = transpose(to.rr_12);
+        to.rr_21 = transposeTimes(J2, J1);
         to.rr_22 = E(commons1->A * w, localPoint2);
     }
     /// l; 0.0 in unused columns.
@@ -107,6 +107,7 @@ struct PointJointState : BodyPair {
     Vec3 localPoint2;                    ///< u2, frame of body 2
     Mat3 currentAxes;                    ///< [a], global frame
     Vec3 pointDifference;                ///< d, global frame
+    Vec3 rateOfDifference;               ///< ddot, global frame
 };
 
 } // namespace velmora

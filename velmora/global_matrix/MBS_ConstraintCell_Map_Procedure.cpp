@@ -1,6 +1,7 @@
 #include "velmora/global_matrix/MBS_ConstraintCell_Map_Procedure.h"
 
 #include "velmora/bodies/MBS_Body.h"
+#include "velmora/constraints/MBS_ConstraintGroup.h"
 #include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/global_matrix/MBS_ContributionCodes.h"
 #include "velmora/matrix/MBM_DenseMatrix.h"
@@ -21,6 +22,9 @@ MBS_ConstraintCell_Map_Procedure::MBS_ConstraintCell_Map_Procedure(unsigned firs
     : rowOffset(firstRow),
       colOffset(firstCol),
       scalingPointer(weight) {
+    if (isTimeDerivative)
+        for (const auto& group : model.getConstraintGroups())
+            group->keepRates();
     unsigned physical = 0, equation = 0;
     std::vector<unsigned> physicalOffsets;
     for (const auto& body : model.getBodies()) {
@@ -43,11 +47,14 @@ MBS_ConstraintCell_Map_Procedure::~MBS_ConstraintCell_Map_Procedure() = default;
 
 void MBS_ConstraintCell_Map_Procedure::initMappers(MBM_SparseMat_CSR3& sparse) {
     for (const Part& part : collectParts(sparse))
-        plan.add(sparse,
-                 {rowOffset + (isTransposed() ? part.equation : part.dof),
-                  colOffset + (isTransposed() ? part.dof : part.equation), part.rows, part.cols, part.shape,
-                  isTransposed()},
-                 {{part.data, scalingPointer, 0, false}});
+        if (isTransposed())
+            plan.add(sparse,
+                     {rowOffset + part.equation, colOffset + part.dof, part.cols, part.rows, part.shape},
+                     {{part.data, scalingPointer, 0, false, true}});
+        else
+            plan.add(sparse,
+                     {rowOffset + part.dof, colOffset + part.equation, part.rows, part.cols, part.shape},
+                     {{part.data, scalingPointer, 0, false}});
 }
 
 std::vector<MBS_ConstraintCell_Map_Procedure::Part>

@@ -83,7 +83,7 @@ MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::MBS_PhysicalDOF_x_PhysicalDOF_Map_P
         Pair pair{key.first, key.second, std::move(contributions), {}};
         for (unsigned k = 0; k < 9; ++k)
             for (const Contribution& contribution : pair.contributions)
-                if (const auto* block = contribution.matrix->block[k / 3][k % 3].get())
+                if (const auto* block = contribution.block(k))
                     pair.shapes[k] = std::max(pair.shapes[k], block->isDiagonal() ? MBS_BlockShape::Diagonal
                                                                                   : MBS_BlockShape::General);
         pairs.push_back(std::move(pair));
@@ -126,28 +126,39 @@ void MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::collectConstraints(const MBS_M
         return;
     for (const auto& group : model.getConstraintGroups())
         for (const auto& part : group->cqTLe_q)
-            pairMap.pairs[{part.rowBody, part.colBody}].push_back({part.block, type, weight, true});
+            pairMap.pairs[{part.rowBody, part.colBody}].push_back(
+                {part.block, type, weight, true, part.isTransposed});
+}
+
+const MBM_DenseMatrix* MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::Contribution::block(unsigned k) const {
+    return (isTransposed ? matrix->block[k % 3][k / 3] : matrix->block[k / 3][k % 3]).get();
+}
+
+const std::array<unsigned, 3>& MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::Contribution::rowDof() const {
+    return isTransposed ? matrix->colDof : matrix->rowDof;
+}
+
+const std::array<unsigned, 3>& MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::Contribution::colDof() const {
+    return isTransposed ? matrix->rowDof : matrix->colDof;
 }
 
 MBS_ScatterPlan::Place MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::placeOf(const Pair& pair,
                                                                             unsigned k) const {
-    const MBS_GeneralBodyBodyMatrix& any = *pair.contributions.front().matrix;
-    return {rowOffset + bodyOffset[pair.rowBody] + kindOffsets(any.rowDof)[k / 3],
-            colOffset + bodyOffset[pair.colBody] + kindOffsets(any.colDof)[k % 3],
-            any.rowDof[k / 3],
-            any.colDof[k % 3],
-            pair.shapes[k],
-            false};
+    const Contribution& any = pair.contributions.front();
+    return {rowOffset + bodyOffset[pair.rowBody] + kindOffsets(any.rowDof())[k / 3],
+            colOffset + bodyOffset[pair.colBody] + kindOffsets(any.colDof())[k % 3], any.rowDof()[k / 3],
+            any.colDof()[k % 3], pair.shapes[k]};
 }
 
 std::vector<MBS_ScatterPlan::Source>
 MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::sourcesOf(const Pair& pair, unsigned k) const {
     std::vector<MBS_ScatterPlan::Source> sources;
     for (const Contribution& contribution : pair.contributions) {
-        const MBM_DenseMatrix* block = contribution.matrix->block[k / 3][k % 3].get();
+        const MBM_DenseMatrix* block = contribution.block(k);
         const bool usesT = isModifiedHHT && k % 3 == Rot && isDerivativeByVelocity(contribution.type);
         if (block && contribution.hasValues)
-            sources.push_back({block->data, contribution.weight, pair.colBody, usesT});
+            sources.push_back(
+                {block->data, contribution.weight, pair.colBody, usesT, contribution.isTransposed});
     }
     return sources;
 }

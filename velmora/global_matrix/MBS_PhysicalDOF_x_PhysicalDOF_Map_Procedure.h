@@ -45,7 +45,12 @@ class MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure {
         const MBS_GeneralBodyBodyMatrix* matrix; // not owned
         unsigned type;
         const double* weight;
-        bool hasValues; // false: it shapes the pattern alone
+        bool hasValues;            // false: it shapes the pattern alone
+        bool isTransposed = false; // it enters as its transpose
+
+        const MBM_DenseMatrix* block(unsigned k) const; // what enters place k, as it is stored
+        const std::array<unsigned, 3>& rowDof() const;
+        const std::array<unsigned, 3>& colDof() const;
     };
     /// A body pair that occurs, with what is added into it; its places in row-major order of the kinds.
     struct Pair {
@@ -61,7 +66,7 @@ class MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure {
                                    PairMap& pairMap);
     static void collectForces(const MBS_ModelObjectLists& model, unsigned type, const double* weight,
                               PairMap& pairMap);
-    /// Place k of a pair: position in the sparse matrix, size and shape.
+    /// Place k of a pair: position in the sparse matrix, size there, and shape.
     MBS_ScatterPlan::Place placeOf(const Pair& pair, unsigned k) const;
     std::vector<MBS_ScatterPlan::Source> sourcesOf(const Pair& pair, unsigned k) const;
 

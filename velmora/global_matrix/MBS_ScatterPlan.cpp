@@ -4,11 +4,12 @@
 #include "velmora/matrix/MBM_SparseMat_CSR3.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace velmora {
 
-// The routes of a fixed size are unrolled; a column vector and its transpose have the same elements in the
-// same order.
+// The routes of a fixed size are unrolled; their names give the size in the sparse matrix. A column vector
+// and its transpose have the same elements in the same order.
 enum class MBS_ScatterPlan::Route : std::uint8_t {
     Block4x4,
     Block3x3,
@@ -18,8 +19,10 @@ enum class MBS_ScatterPlan::Route : std::uint8_t {
     Column3,
     Row4,
     Row3,
-    Block3x3Transposed,
-    Block4x3Transposed,
+    Transposed4x4,
+    Transposed3x3,
+    Transposed3x4,
+    Transposed4x3,
     Diagonal3,
     Diagonal4,
     AnySize,
@@ -35,30 +38,28 @@ MBS_ScatterPlan::Route MBS_ScatterPlan::Pattern::findRoute() const {
     struct Row {
         unsigned numRows, numCols;
         MBS_BlockShape shape;
-        bool isTransposed;
-        Route route;
+        Route route, routeOfTransposed;
     };
     using enum MBS_BlockShape;
     static constexpr Row rows[] = {
-        {4, 4, General, false, Route::Block4x4},
-        {3, 3, General, false, Route::Block3x3},
-        {3, 4, General, false, Route::Block3x4},
-        {4, 3, General, false, Route::Block4x3},
-        {4, 1, General, false, Route::Column4},
-        {3, 1, General, false, Route::Column3},
-        {4, 1, General, true, Route::Row4},
-        {3, 1, General, true, Route::Row3},
-        {3, 3, General, true, Route::Block3x3Transposed},
-        {4, 3, General, true, Route::Block4x3Transposed},
-        {3, 3, Diagonal, false, Route::Diagonal3},
-        {4, 4, Diagonal, false, Route::Diagonal4},
+        {4, 4, General, Route::Block4x4, Route::Transposed4x4},
+        {3, 3, General, Route::Block3x3, Route::Transposed3x3},
+        {3, 4, General, Route::Block3x4, Route::Transposed3x4},
+        {4, 3, General, Route::Block4x3, Route::Transposed4x3},
+        {4, 1, General, Route::Column4, Route::Column4},
+        {3, 1, General, Route::Column3, Route::Column3},
+        {1, 4, General, Route::Row4, Route::Row4},
+        {1, 3, General, Route::Row3, Route::Row3},
+        {3, 3, Diagonal, Route::Diagonal3, Route::Diagonal3},
+        {4, 4, Diagonal, Route::Diagonal4, Route::Diagonal4},
     };
     if (std::ranges::find(usesT, true) != usesT.end())
         return Route::WithT;
+    const bool areMixed =
+        std::ranges::adjacent_find(isTransposed, std::not_equal_to<>()) != isTransposed.end();
     for (const Row& row : rows)
-        if (row.numRows == numRows && row.numCols == numCols && row.shape == shape &&
-            row.isTransposed == isTransposed)
-            return row.route;
+        if (!areMixed && row.numRows == numRows && row.numCols == numCols && row.shape == shape)
+            return !isTransposed.empty() && isTransposed.front() ? row.routeOfTransposed : row.route;
     return Route::AnySize;
 }
 
@@ -105,6 +106,11 @@ inline void MBS_ScatterPlan::Pattern::writeDiagonal(double* first, std::size_t r
         first[static_cast<std::size_t>(i) * rowStride] = sum(i);
 }
 
+inline double MBS_ScatterPlan::Pattern::element(const double* const* sources, std::size_t k, std::size_t i,
+                                                std::size_t j) const {
+    return sources[k][isTransposed[k] ? i * numCols + j : j * numRows + i];
+}
+
 void MBS_ScatterPlan::Pattern::writeAnySize(double* first, std::size_t rowStride,
                                             const double* const* sources) const {
     const bool isDiagonal = shape == MBS_BlockShape::Diagonal;
@@ -112,14 +118,12 @@ void MBS_ScatterPlan::Pattern::writeAnySize(double* first, std::size_t rowStride
         for (std::size_t i = isDiagonal ? j : 0; i < (isDiagonal ? j + 1 : numRows); ++i) {
             double sum = 0.0;
             for (std::size_t k = 0; k < weights.size(); ++k)
-                sum += *weights[k] * sources[k][j * numRows + i];
-            const std::size_t row = isTransposed ? j : i;
-            const std::size_t col = isDiagonal ? 0 : isTransposed ? i : j;
-            first[row * rowStride + col] = sum;
+                sum += *weights[k] * element(sources, k, i, j);
+            first[i * rowStride + (isDiagonal ? 0 : j)] = sum;
         }
 }
 
-// The block is general and not transposed: Euler parameters stand in its columns.
+// Euler parameters stand in the columns.
 void MBS_ScatterPlan::Pattern::writeWithT(double* first, std::size_t rowStride, const double* const* sources,
                                           const MBM_GeneralDenseMatrix& T) const {
     for (std::size_t j = 0; j < numCols; ++j)
@@ -127,19 +131,20 @@ void MBS_ScatterPlan::Pattern::writeWithT(double* first, std::size_t rowStride, 
             double sum = 0.0;
             for (std::size_t k = 0; k < weights.size(); ++k)
                 if (!usesT[k])
-                    sum += *weights[k] * sources[k][j * numRows + i];
+                    sum += *weights[k] * element(sources, k, i, j);
                 else
                     for (std::size_t m = 0; m < 4; ++m)
-                        sum -= sources[k][m * numRows + i] * T.data[j * 4 + m];
+                        sum -= element(sources, k, i, m) * T.data[j * 4 + m];
             first[i * rowStride + j] = sum;
         }
 }
 
 std::uint32_t MBS_ScatterPlan::findPattern(const Place& place, const std::vector<Source>& added) {
-    Pattern pattern{Route::AnySize, {}, {}, place.numRows, place.numCols, place.shape, place.isTransposed};
+    Pattern pattern{Route::AnySize, {}, {}, {}, place.numRows, place.numCols, place.shape};
     for (const Source& source : added) {
         pattern.weights.push_back(source.weight);
         pattern.usesT.push_back(source.usesT);
+        pattern.isTransposed.push_back(source.isTransposed);
     }
     pattern.route = pattern.findRoute();
     auto found = std::ranges::find_if(patterns, [&](const Pattern& p) { return p.isLike(pattern); });
@@ -156,9 +161,8 @@ void MBS_ScatterPlan::add(MBM_SparseMat_CSR3& sparse, const Place& place, const 
     Target target{indexOf(place.row, place.col), 0, findPattern(place, added)};
     // Within a block the rows hold the same columns, or, on a diagonal, equally many; so their distance is
     // one.
-    const unsigned numSparseRows = place.isTransposed ? place.numCols : place.numRows;
     const unsigned shift = place.shape == MBS_BlockShape::Diagonal ? 1 : 0;
-    if (numSparseRows > 1)
+    if (place.numRows > 1)
         target.rowStride = indexOf(place.row + 1, place.col + shift) - target.first;
     targets.push_back(target);
     for (const Source& source : added)
@@ -199,10 +203,16 @@ void MBS_ScatterPlan::run(MBM_GeneralDenseMatrix** T) const {
         case Route::Row3:
             p.writeSized<1, 3>(first, stride, source);
             break;
-        case Route::Block3x3Transposed:
+        case Route::Transposed4x4:
+            p.writeTransposed<4, 4>(first, stride, source);
+            break;
+        case Route::Transposed3x3:
             p.writeTransposed<3, 3>(first, stride, source);
             break;
-        case Route::Block4x3Transposed:
+        case Route::Transposed4x3:
+            p.writeTransposed<3, 4>(first, stride, source);
+            break;
+        case Route::Transposed3x4:
             p.writeTransposed<4, 3>(first, stride, source);
             break;
         case Route::Diagonal3:

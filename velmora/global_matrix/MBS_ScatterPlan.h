@@ -32,19 +32,19 @@ class MBS_ScatterPlan {
     struct Source {
         const double* data;
         const double* weight;
-        std::uint32_t colBody; ///< for the modified HHT form: index of T
-        bool usesT;            ///< enters as -B T, and not with its weight
+        std::uint32_t colBody;     ///< for the modified HHT form: index of T
+        bool usesT;                ///< enters as -B T, and not with its weight
+        bool isTransposed = false; ///< enters as its transpose
     };
-    /// A block's size and where its element (0, 0) goes, zero-based.
+    /// Where element (0, 0) goes, zero-based, and the size there.
     struct Place {
         unsigned row, col;
-        unsigned numRows, numCols; ///< of the dense block
+        unsigned numRows, numCols;
         MBS_BlockShape shape;
-        bool isTransposed; ///< the block enters as its transpose
     };
 
-    /// Adds a place of the sparse matrix with its sources, which all have the same size. All of the block
-    /// must be in the pattern, and the rows of a block equally long. All places are of one matrix.
+    /// Adds a place of the sparse matrix with its sources, which all have its size or its transpose's. All of
+    /// the block must be in the pattern, and the rows of a block equally long. All places are of one matrix.
     void add(MBM_SparseMat_CSR3& sparse, const Place& place, const std::vector<Source>& sources);
     /// Writes all places. `T` holds a 4x4 matrix per body; null unless a source uses it.
     void run(MBM_GeneralDenseMatrix** T) const;
@@ -55,15 +55,14 @@ class MBS_ScatterPlan {
     struct Pattern {
         Route route;
         std::vector<const double*> weights;
-        std::vector<bool> usesT;
-        unsigned numRows, numCols; // of the dense block
+        std::vector<bool> usesT, isTransposed;
+        unsigned numRows, numCols; // in the sparse matrix
         MBS_BlockShape shape;
-        bool isTransposed;
 
         bool isLike(const Pattern& other) const;
         Route findRoute() const;
         // Each writes one place: `first` is its element (0, 0) among the sparse values, `rowStride` the
-        // distance of its rows there.
+        // distance of its rows there. `writeTransposed` is for sources of size R x C.
         template <int R, int C>
         void writeSized(double* first, std::size_t rowStride, const double* const* sources) const;
         template <int R, int C>
@@ -72,6 +71,8 @@ class MBS_ScatterPlan {
         Mat<R, C> weightedSum(const double* const* sources) const;
         template <int N>
         void writeDiagonal(double* first, std::size_t rowStride, const double* const* sources) const;
+        /// Element (i, j) of source k, as it enters.
+        double element(const double* const* sources, std::size_t k, std::size_t i, std::size_t j) const;
         void writeAnySize(double* first, std::size_t rowStride, const double* const* sources) const;
         void writeWithT(double* first, std::size_t rowStride, const double* const* sources,
                         const MBM_GeneralDenseMatrix& T) const;

@@ -145,7 +145,10 @@ void MBS_InternalModel::getConstraintForceDqTimesW(const P* w, P* out) {
         addTransposedProduct(*body->cqLi_q, w->bodyData(body->bodyIndex), out->bodyData(body->bodyIndex));
     for (const auto& group : constraintGroups)
         for (const auto& part : group->cqTLe_q)
-            addTransposedProduct(*part.block, w->bodyData(part.rowBody), out->bodyData(part.colBody));
+            if (part.isTransposed)
+                addProduct(*part.block, w->bodyData(part.rowBody), out->bodyData(part.colBody));
+            else
+                addTransposedProduct(*part.block, w->bodyData(part.rowBody), out->bodyData(part.colBody));
 }
 
 void MBS_InternalModel::getNormResiduals(const P* q, C* out) {
