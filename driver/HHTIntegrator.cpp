@@ -25,7 +25,8 @@ namespace velmora::driver {
 namespace {
 
 constexpr unsigned maxIterations = 15;
-constexpr double slowContraction = 0.1; // a new matrix is worth its cost
+constexpr double slowContraction = 0.25;       // a new matrix is worth its cost
+constexpr double contractionOfNewMatrix = 0.1; // assumed until it is measured
 constexpr double leastContraction = 1e-3;
 constexpr double leastContractionFromEarlier = 0.1; // steps: the matrix is older now
 // Share of the local error that Newton's iteration may add; over the step it weighs more in the velocities.
@@ -35,7 +36,9 @@ constexpr double newtonShareOfFixedStep = 1e-6;
 constexpr double noiseContraction = 0.3;    // or slower, of corrections below the following
 constexpr double largestNoise = 1000.0;     // in roundings of the positions
 constexpr double largestChangeOfStep = 2.0; // with the same matrix
-constexpr double stepShareForLag = 1e-2;    // of the first step, over which the initial jerk is differenced
+constexpr double unitRoundoff = 0.5 * std::numeric_limits<double>::epsilon();
+constexpr double weightedSize = 2.6; // what the weights of a rigid body's seven coordinates are divided by
+constexpr double stepShareForLag = 1e-2; // of the first step, over which the initial jerk is differenced
 
 double* data(MBS_ModelPhysicalDofVector& vector) {
     return vector.dofVector->data;
@@ -58,10 +61,9 @@ HHTIntegrator::HHTIntegrator(HHTSystem* equations, const SimulationSettings& sim
       errors(equations->getModel()),
       weightedErrors(equations->getModel()),
       constraintWork(equations->getModel()),
-      increments(equations->getNumOfPhysicalDof()),
-      scales(equations->getNumOfPhysicalDof()) {}
+      weights(equations->getNumOfPhysicalDof()) {}
 
-void HHTIntegrator::setScales() {
+void HHTIntegrator::setWeights() {
     const MBS_ModelPhysicalDofVector& q = present->q;
     const auto numOfBodies = static_cast<unsigned>(q.bodyOffset.size());
     typicalLength = system->measureTypicalLength(q);
@@ -69,38 +71,33 @@ void HHTIntegrator::setScales() {
         // A mode of unit modal mass that moves the whole body by the typical length has this coordinate.
         const double mass = system->bodyMasses[body];
         const double modal = mass > 0.0 ? typicalLength * std::sqrt(mass) : typicalLength;
-        double* scale = scales.data() + q.bodyOffset[body];
+        double* weight = weights.data() + q.bodyOffset[body];
         const unsigned size = q.bodyDof[body]->size;
         for (unsigned i = 0; i < size; ++i)
-            scale[i] = i < 3 ? typicalLength : i < 7 ? 1.0 : modal;
+            weight[i] = 1.0 / ((i < 3   ? typicalLength
+                                : i < 7 ? 1.0
+                                        : modal) *
+                               settings.tolerance * std::sqrt(static_cast<double>(size)));
     }
 }
 
 double HHTIntegrator::getWeightedNorm(const double* positions) const {
     // The largest over the bodies, so that one body's error doesn't drown in a large model.
     double largest = 0.0;
-    const MBS_ModelPhysicalDofVector& q = present->q;
-    for (std::size_t body = 0; body < q.bodyOffset.size(); ++body) {
+    const std::vector<unsigned>& offsets = present->q.bodyOffset;
+    for (std::size_t body = 0; body < offsets.size(); ++body) {
+        const std::size_t end = body + 1 < offsets.size() ? offsets[body + 1] : weights.size();
         double sum = 0.0;
-        const unsigned begin = q.bodyOffset[body], size = q.bodyDof[body]->size;
-        for (unsigned i = begin; i < begin + size; ++i)
-            sum += positions[i] * positions[i] / (scales[i] * scales[i]);
-        const double norm = std::sqrt(sum / size) / settings.tolerance;
-        if (!(norm <= largest))
-            largest = norm;
+        for (std::size_t i = offsets[body]; i < end; ++i)
+            sum += positions[i] * weights[i] * positions[i] * weights[i];
+        if (!(sum <= largest))
+            largest = sum;
     }
-    return largest;
-}
-
-double HHTIntegrator::getRoundingOfPositions() const {
-    double largest = 1.0;
-    for (std::size_t i = 0; i < scales.size(); ++i)
-        largest = std::max(largest, std::fabs(data(trial->q)[i]) / scales[i]);
-    return 0.5 * std::numeric_limits<double>::epsilon() * largest / settings.tolerance;
+    return std::sqrt(largest);
 }
 
 StepResult HHTIntegrator::start(double h) {
-    setScales();
+    setWeights();
     const double small = stepShareForLag * h;
     for (unsigned i = 0; i < system->getNumOfPhysicalDof(); ++i) {
         const double v = data(present->qd)[i], acceleration = data(present->qdd)[i];
@@ -140,6 +137,7 @@ void HHTIntegrator::predict(double endTime, double h) {
     trial->time = endTime;
     const double lagRatio = h / stepOfPresent;
     const double extrapolation = hasPrevious ? lagRatio : 0.0;
+    double largest = 0.0;
     for (unsigned i = 0; i < system->getNumOfPhysicalDof(); ++i) {
         const double qdd = data(present->qdd)[i], v = data(present->qd)[i];
         const double lagged = qdd + lagRatio * (data(present->a)[i] - qdd); // (6)
@@ -150,7 +148,9 @@ void HHTIntegrator::predict(double endTime, double h) {
         data(trial->a)[i] = a;
         data(trial->q)[i] = data(present->q)[i] + (h * v + h * h * ((0.5 - beta) * lagged + beta * a)); // (3)
         data(trial->qd)[i] = v + h * ((1.0 - gamma) * lagged + gamma * a);                              // (4)
+        largest = std::max(largest, std::fabs(data(trial->q)[i]) * weights[i]);
     }
+    rounding = unitRoundoff * std::max(largest * weightedSize, 1.0 / settings.tolerance);
     for (unsigned i = 0; i < system->getNumOfConstraints(); ++i) {
         const double lambda = data(present->lambda)[i];
         data(trial->lambda)[i] = lambda + extrapolation * (lambda - data(previous->lambda)[i]);
@@ -173,7 +173,8 @@ StepResult HHTIntegrator::iterate() {
 
 StepResult HHTIntegrator::iterateOnce() {
     if (!system->evaluate(*trial)) {
-        const bool isDiverging = iteration > 0 && !(contraction < 1.0);
+        const bool isContracting = lastCorrectionNorm > 0.0 && contraction < 1.0;
+        const bool isDiverging = iteration > 0 && !isContracting;
         return isDiverging ? StepResult::NotConverged : StepResult::NotFinite;
     }
     lastCorrectionNorm = iteration > 0 ? correctionNorm : 0.0;
@@ -182,12 +183,12 @@ StepResult HHTIntegrator::iterateOnce() {
             return StepResult::Singular;
         isMatrixWanted = false;
         stepOfMatrix = step;
-        contraction = 1.0;
+        contraction = contractionOfNewMatrix;
         lastCorrectionNorm = 0.0;
     }
     system->solveForNewtonCorrection(c2);
     applyCorrection();
-    correctionNorm = getWeightedNorm(increments.data());
+    correctionNorm = c2 * getWeightedNorm(system->getCorrection().data());
     ++iteration;
     ++newtonIterations;
     return StepResult::Converged;
@@ -197,19 +198,18 @@ void HHTIntegrator::applyCorrection() {
     const double* correction = system->getCorrection().data();
     const unsigned n = system->getNumOfPhysicalDof();
     for (unsigned i = 0; i < n; ++i) { // (2), (5)
-        increments[i] = c2 * correction[i];
         data(trial->qdd)[i] += correction[i];
         data(trial->a)[i] += (1.0 + alpha) * correction[i];
         data(trial->qd)[i] += c1 * correction[i];
-        data(trial->q)[i] += increments[i];
+        data(trial->q)[i] += c2 * correction[i];
     }
     for (unsigned i = 0; i < system->getNumOfConstraints(); ++i)
         data(trial->lambda)[i] += correction[n + i];
 }
 
 bool HHTIntegrator::isConverged() {
-    const double rounding = getRoundingOfPositions();
-    estimateLocalError();
+    if (iteration == 1)
+        estimateLocalError();
     if (correctionNorm <= rounding)
         return true;
     if (lastCorrectionNorm > 0.0) {
@@ -233,6 +233,7 @@ void HHTIntegrator::estimateLocalError() {
 }
 
 void HHTIntegrator::filterLocalError() { // (8)
+    estimateLocalError();
     system->multiplyByMass(errors, weightedErrors);
     std::fill_n(data(constraintWork), system->getNumOfConstraints(), 0.0);
     system->solve(data(weightedErrors), data(constraintWork)); // the sign doesn't matter

@@ -40,7 +40,7 @@ class HHTIntegrator {
     double getTypicalLength() const { return typicalLength; }
 
   private:
-    void setScales();
+    void setWeights();
     void predict(double endTime, double h);
     StepResult iterate();
     StepResult iterateOnce();
@@ -49,7 +49,6 @@ class HHTIntegrator {
     void estimateLocalError();
     void filterLocalError();
     double getWeightedNorm(const double* positions) const;
-    double getRoundingOfPositions() const;
 
     HHTSystem* system; // not owned
     SimulationSettings settings;
@@ -61,8 +60,7 @@ class HHTIntegrator {
     MBS_ModelPhysicalDofVector startOfA; // a of the present state, its lag fitted to the step in work
     MBS_ModelPhysicalDofVector errors, weightedErrors; // of positions; times the mass matrix
     MBS_ModelConstraintDofVector constraintWork;
-    std::vector<double> increments; // of positions, for norms
-    std::vector<double> scales;     // per coordinate: what counts as 1
+    std::vector<double> weights; // per coordinate, for norms: the sum of squares over a body counts
 
     double typicalLength = 1.0;
     double stepOfPresent =
@@ -75,6 +73,7 @@ class HHTIntegrator {
     unsigned iteration = 0;   // of the step in work
     double contraction = 1.0; // of the Newton corrections, with the present matrix
     double correctionNorm = 0.0, lastCorrectionNorm = 0.0;
+    double rounding = 0.0; // norm of the positions' rounding
     double localError = 0.0;
     unsigned long newtonIterations = 0;
 };

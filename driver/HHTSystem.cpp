@@ -79,11 +79,16 @@ HHTSystem::HHTSystem(MBS_Model* multibodyModel)
       model(multibodyModel),
       numOfPhysicalDof(residual.getNumOfDof()),
       numOfConstraints(constraintResidual.getNumOfConstraints()),
-      work(multibodyModel),
+      velInertiaForces(multibodyModel),
+      constraintForces(multibodyModel),
       constraintWork(multibodyModel),
       accelerationTerms(multibodyModel),
       correction(numOfPhysicalDof + numOfConstraints),
       rightHandSide(numOfPhysicalDof + numOfConstraints) {
+    setZero(elasticForces);
+    setZero(dampingForces);
+    for (unsigned body = 0; body < model->getNumOfBodies(); ++body)
+        hasFlexibleBodies = hasFlexibleBodies || model->getNumOfFlexDofOfBody(body) > 0;
     measureBodies();
     makeMatrix();
 }
@@ -102,12 +107,12 @@ void HHTSystem::measureBodies() {
         setZero(state.qdd);
         for (unsigned body = 0; body < numOfBodies; ++body)
             state.qdd.bodyData(body)[i] = 1.0;
-        model->getAccInertiaForces(&state.qdd, &work);
+        model->getAccInertiaForces(&state.qdd, &velInertiaForces);
         for (unsigned body = 0; body < numOfBodies; ++body) {
             if (i < translationsPerBody)
-                bodyMasses[body] = work.bodyData(body)[i];
+                bodyMasses[body] = velInertiaForces.bodyData(body)[i];
             else
-                bodyGyrations[body] += 0.25 * work.bodyData(body)[i];
+                bodyGyrations[body] += 0.25 * velInertiaForces.bodyData(body)[i];
         }
     }
     for (unsigned body = 0; body < numOfBodies; ++body)
@@ -139,21 +144,31 @@ bool HHTSystem::evaluate(const HHTState& state) {
     model->updateMatricesForEquationOfMotionAndComputeResiduumForConstrDOF(state.time, q, qd, qdd,
                                                                            &constraintResidual);
     model->getAccInertiaForces(qdd, &residual);
-    const auto addToResidual = [this](const MBS_ModelPhysicalDofVector& force, double sign) {
-        for (unsigned i = 0; i < numOfPhysicalDof; ++i)
-            residual.dofVector->data[i] += sign * force.dofVector->data[i];
-    };
-    model->getVelInertiaForces(q, qd, &work);
-    addToResidual(work, -1.0);
-    model->getElasticForces(q, &elasticForces);
-    addToResidual(elasticForces, 1.0);
-    model->getDampingForces(qd, &dampingForces);
-    addToResidual(dampingForces, 1.0);
-    model->getConstraintForces(&state.lambda, &work);
-    addToResidual(work, 1.0);
+    model->getVelInertiaForces(q, qd, &velInertiaForces);
+    model->getConstraintForces(&state.lambda, &constraintForces);
     model->getExternalForces(state.time, q, qd, qdd, &externalForces);
-    addToResidual(externalForces, -1.0);
-    return isFinite(*residual.dofVector) && isFinite(*constraintResidual.dofVector);
+    if (hasFlexibleBodies) {
+        model->getElasticForces(q, &elasticForces);
+        model->getDampingForces(qd, &dampingForces);
+    }
+    return sumResidual() && isFinite(*constraintResidual.dofVector);
+}
+
+bool HHTSystem::sumResidual() {
+    double* R = residual.dofVector->data;
+    const double *inertia = velInertiaForces.dofVector->data, *joints = constraintForces.dofVector->data,
+                 *external = externalForces.dofVector->data, *elastic = elasticForces.dofVector->data,
+                 *damping = dampingForces.dofVector->data;
+    double zero = 0.0; // unless a value isn't finite
+    for (unsigned i = 0; i < numOfPhysicalDof; ++i) {
+        R[i] += joints[i] - inertia[i] - external[i];
+        zero += 0.0 * R[i];
+    }
+    for (unsigned i = 0; hasFlexibleBodies && i < numOfPhysicalDof; ++i) {
+        R[i] += elastic[i] + damping[i];
+        zero += 0.0 * R[i];
+    }
+    return zero == 0.0;
 }
 
 void HHTSystem::refreshJacobian(const HHTState& state, double c1, double c2) {

@@ -104,12 +104,14 @@ class HHTSystem {
   private:
     using Clock = std::chrono::steady_clock;
     void measureBodies();
+    bool sumResidual();
     void makeMatrix();
 
     MBS_Model* model; // not owned
     unsigned numOfPhysicalDof;
     unsigned numOfConstraints;
-    MBS_ModelPhysicalDofVector work;
+    MBS_ModelPhysicalDofVector velInertiaForces, constraintForces;
+    bool hasFlexibleBodies = false;
     MBS_ModelConstraintDofVector constraintWork, accelerationTerms;
     double typicalMass = 1.0;
     std::vector<unsigned> leftOut;
