@@ -26,7 +26,8 @@ constexpr double largestStepShare = 0.1;
 constexpr double nearlySameEquation =
     1.0e-2;                                 // tells a singular position from nearby, and other choices apart
 constexpr double largestViolation = 1.0e-4; // of redundant equations, in radii of gyration and radians
-constexpr double sameTime = 1.0e-9;         // of a step: times nearer than this are one
+constexpr double violationOfLostStates = 0.1; // too far from the constraints to tell of a position
+constexpr double sameTime = 1.0e-9;           // of a step: times nearer than this are one
 
 std::string findErrorInSettings(const SimulationSettings& settings) {
     if (!(settings.endTime > 0.0) || !std::isfinite(settings.endTime))
@@ -181,9 +182,11 @@ Simulation::Impl::Plan Simulation::Impl::planFixedStep() const {
 
 Simulation::Impl::Plan Simulation::Impl::planStep() const {
     const double t = outcome.timeReached;
+    const double shortest = smallestStepShare * settings.endTime;
     double target = settings.endTime;
     const double nextOutput = results ? results->getNextOutputTime() : -1.0;
-    if (nextOutput > t + smallestStepShare * settings.endTime && nextOutput < target)
+    // Rounding may put the last output just before the end; a step between them would be all rounding.
+    if (nextOutput > t + shortest && nextOutput < target - shortest)
         target = nextOutput;
     const double rest = target - t;
     if (wantedStep >= rest * (1.0 - sameTime))
@@ -226,6 +229,8 @@ bool Simulation::Impl::chooseOtherEquations(double length) {
 /// Empty if the position isn't singular.
 std::string Simulation::Impl::describeSingularPosition(const HHTState& state) {
     if (!system->evaluate(state))
+        return {};
+    if (redundancy->findLargestViolation().size > violationOfLostStates)
         return {};
     system->refreshJacobian(state);
     Redundancy here(system.get(), names.get());
