@@ -133,6 +133,22 @@ TEST(Simulation, OutputTimesAreMetExactly) {
     EXPECT_THAT(times, testing::Pointwise(testing::DoubleNear(1e-12), {0.0, 0.3, 0.6, 0.9, 1.0}));
 }
 
+TEST(Simulation, OutputThatRoundingPutsBeforeTheEndLeavesNoSliver) {
+    Input input;
+    TorqueFreeTop().addTo(input);
+    IO_DataModelBlock block("Results", "results", "results", ".");
+    block.addKeyValue("WriteStateResultFile", "yes");
+    block.addKeyValue("OutputTimeBegin", "0");
+    block.addKeyValue("OutputTimeStepSize", "0.1"); // ten of them sum up to 1 - 1.1e-16
+    block.addKeyValue("SimulationTimeEnd", "1");
+    const auto model = input.make();
+    const std::unique_ptr<MBS_ResultFileManager> results(model->createResultFileManager(&block));
+    double shortest = 1.0;
+    const auto watch = [&](double, double step) { shortest = std::min(shortest, step); };
+    ASSERT_TRUE(Simulation(model.get(), &input.data, results.get(), {1.0, 0.01}, watch).run().succeeded);
+    EXPECT_GT(shortest, 1e-6);
+}
+
 TEST(Simulation, AllocatesNothingInTheTimeLoop) {
     Input input;
     TorqueFreeTop().addTo(input);
