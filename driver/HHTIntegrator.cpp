@@ -36,6 +36,9 @@ constexpr double newtonShareOfFixedStep = 1e-6;
 constexpr double noiseContraction = 0.3;    // or slower, of corrections below the following
 constexpr double largestNoise = 1000.0;     // in roundings of the positions
 constexpr double largestChangeOfStep = 2.0; // with the same matrix
+constexpr double trustedShare = 0.8;
+constexpr unsigned stepsBetweenFilters = 10;
+constexpr double nearlyTooLarge = 0.95;
 constexpr double unitRoundoff = 0.5 * std::numeric_limits<double>::epsilon();
 constexpr double weightedSize = 2.6; // what the weights of a rigid body's seven coordinates are divided by
 constexpr double stepShareForLag = 1e-2; // of the first step, over which the initial jerk is differenced
@@ -115,6 +118,7 @@ StepResult HHTIntegrator::start(double h) {
     stepOfPresent = h;
     hasPrevious = false;
     isMatrixWanted = true;
+    shareLeftByFilter = 0.0;
     return system->evaluate(*present) ? StepResult::Converged : StepResult::NotFinite;
 }
 
@@ -234,10 +238,20 @@ void HHTIntegrator::estimateLocalError() {
 
 void HHTIntegrator::filterLocalError() { // (8)
     estimateLocalError();
+    // Where the filter takes little away, its share is known for a while, and a solve is saved.
+    const bool isShareKnown = shareLeftByFilter > trustedShare && stepsSinceFilter < stepsBetweenFilters;
+    if (isShareKnown && shareLeftByFilter * localError < nearlyTooLarge) {
+        ++stepsSinceFilter;
+        localError *= shareLeftByFilter;
+        return;
+    }
+    const double unfiltered = localError;
     system->multiplyByMass(errors, weightedErrors);
     std::fill_n(data(constraintWork), system->getNumOfConstraints(), 0.0);
     system->solve(data(weightedErrors), data(constraintWork)); // the sign doesn't matter
     localError = getWeightedNorm(system->getCorrection().data());
+    shareLeftByFilter = localError / unfiltered;
+    stepsSinceFilter = 0;
 }
 
 StepResult HHTIntegrator::accept() {

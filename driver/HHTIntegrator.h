@@ -75,6 +75,8 @@ class HHTIntegrator {
     double correctionNorm = 0.0, lastCorrectionNorm = 0.0;
     double rounding = 0.0; // norm of the positions' rounding
     double localError = 0.0;
+    double shareLeftByFilter = 0.0; // of the local error; 0: not known
+    unsigned stepsSinceFilter = 0;
     unsigned long newtonIterations = 0;
 };
 
