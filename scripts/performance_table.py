@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Writes the table of docs/performance.md from a run of bench_free_bodies.
+"""Writes the tables of docs/performance.md from runs of the benchmark programs.
 
-Usage: scripts/performance_table.py <path of bench_free_bodies>
+Usage: scripts/performance_table.py <folder of the programs> [free_bodies | chain]
 
-The table stands between two markers. Each benchmark runs several times; the smallest time of each counts, since
+Each table stands between two markers. Each benchmark runs several times; the smallest time of each counts, since
 everything else on the machine only adds to it.
 """
 
@@ -13,12 +13,6 @@ import re
 import subprocess
 import sys
 
-SHARES = {
-    "residual": "residual",
-    "forceVectors": "force vectors",
-    "jacobianUpdate": "Jacobian update",
-    "matrixRefresh": "matrix refresh",
-}
 COUNTS = (10, 100, 1000, 10000)
 DOCUMENT = pathlib.Path(__file__).resolve().parent.parent / "docs" / "performance.md"
 
@@ -36,7 +30,7 @@ def run(program):
         share, count = row["run_name"].split("/")
         key = (share, int(count))
         times[key] = min(times.get(key, float("inf")), row["cpu_time"] / int(count))
-        sizes[key] = row["allBytes"]
+        sizes[key] = row.get("allBytes", 0.0)
     return times, sizes
 
 
@@ -45,18 +39,48 @@ def line(name, values, digits):
     return f"| {name} | " + " | ".join(cells) + " |"
 
 
-def main():
-    times, sizes = run(sys.argv[1])
-    rows = ["| per body | N = 10 | N = 100 | N = 1000 | N = 10000 | 10000 to 100 |", "|---|---:|---:|---:|---:|---:|"]
-    rows += [line(f"{name} [ns]", [times[share, n] for n in COUNTS], 0) for share, name in SHARES.items()]
-    rows.append(line("one iteration [ns]", [sum(times[share, n] for share in SHARES) for n in COUNTS], 0))
+def head(unit):
+    return [f"| {unit} | N = 10 | N = 100 | N = 1000 | N = 10000 | 10000 to 100 |", "|---|---:|---:|---:|---:|---:|"]
+
+
+def free_bodies(times, sizes):
+    shares = {"residual": "residual", "forceVectors": "force vectors", "jacobianUpdate": "Jacobian update",
+              "matrixRefresh": "matrix refresh"}
+    rows = head("per body")
+    rows += [line(f"{name} [ns]", [times[share, n] for n in COUNTS], 0) for share, name in shares.items()]
+    rows.append(line("one iteration [ns]", [sum(times[share, n] for share in shares) for n in COUNTS], 0))
     rows.append(line("memory [kB]", [sizes["residual", n] / 1000 for n in COUNTS], 2))
-    table = "\n".join(rows)
-    text = DOCUMENT.read_text()
-    text = re.sub(r"(<!-- free bodies: begin -->\n).*?(<!-- free bodies: end -->)",
-                  lambda m: m.group(1) + table + "\n" + m.group(2), text, flags=re.S)
-    DOCUMENT.write_text(text)
-    print(table)
+    return rows
+
+
+def chain(times, _):
+    def row(name, share):
+        return line(f"{name} [ns]", [times[share, n] for n in COUNTS], 0)
+
+    def ratio(name, share, other):
+        return line(name, [times[share, n] / times[other, n] for n in COUNTS], 2)
+
+    return head("per link") + [
+        row("residual", "residual"), row("force vectors", "forceVectors"), row("Jacobian update", "jacobianUpdate"),
+        row("matrix refresh", "matrixRefresh"), row("these four in turn", "kernelShare"),
+        row("the least that they cost", "floorOfKernelShare"),
+        ratio("ratio of the two", "kernelShare", "floorOfKernelShare"),
+        row("KLU: refactorise and solve", "sparseSolver"),
+        row("iteration with a new matrix", "iterationWithNewMatrix"), ratio("ratio to KLU", "iterationWithNewMatrix", "sparseSolver"),
+        row("iteration with the old matrix", "iterationWithOldMatrix"), ratio("ratio to KLU ", "iterationWithOldMatrix", "sparseSolver")]
+
+
+TABLES = {"free_bodies": free_bodies, "chain": chain}
+
+
+def main():
+    folder = pathlib.Path(sys.argv[1])
+    for name in sys.argv[2:] or TABLES:
+        table = "\n".join(TABLES[name](*run(folder / f"bench_{name}")))
+        marker = name.replace("_", " ")
+        DOCUMENT.write_text(re.sub(rf"(<!-- {marker}: begin -->\n).*?(<!-- {marker}: end -->)",
+                                   lambda m: m.group(1) + table + "\n" + m.group(2), DOCUMENT.read_text(), flags=re.S))
+        print(table)
 
 
 main()
