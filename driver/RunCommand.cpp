@@ -64,9 +64,9 @@ void warnOfRedundancy(const std::vector<std::string>& equations, const std::stri
     if (equations.empty())
         return;
     printToStandardError(
-        fmt::format("{}: warning: {} redundant constraint equation{} left out, their forces are 0: {}\n",
+        fmt::format("{}: warning: {} redundant constraint equation{} left out and carr{} no force: {}\n",
                     modelFile, equations.size(), equations.size() == 1 ? " is" : "s are",
-                    joinShortly(equations, numOfNamedEquations)),
+                    equations.size() == 1 ? "ies" : "y", joinShortly(equations, numOfNamedEquations)),
         MessageKind::Warning);
 }
 
