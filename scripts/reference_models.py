@@ -1,4 +1,4 @@
-"""Models of problems with published or closed solutions, as text of model files for a fixed step.
+"""Models of problems with published or closed solutions, as text of model files.
 
 `MODELS` maps the name of a problem to (end time, time between records, function of the simulation and results
 sections).
@@ -125,9 +125,11 @@ MODELS = {
 }
 
 
-def model_text(problem, step):
+def model_text(problem, step, tolerance=None):
+    """With a tolerance the step is only the first one."""
     end_time, between_records, write = MODELS[problem]
-    simulation = {"end_time": end_time, "step": step, "fixed_step": True, "alpha": -0.05}
+    control = {"tolerance": tolerance} if tolerance else {"fixed_step": True}
+    simulation = {"end_time": end_time, "step": step, "alpha": -0.05} | control
     results = {"WriteStateResultFile": True, "WriteVelocityResultFile": True,
                "WriteConstraintForceResultFile": True, "OutputTimeStepSize": between_records}
     return write(simulation, results=results)

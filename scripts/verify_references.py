@@ -1,0 +1,245 @@
+#!/usr/bin/env python3
+"""Run problems with published or closed solutions and remake their tables in docs/verification.md.
+
+Each problem of tests/verification runs with a fixed step h, with h / 2 and h / 4, and is compared with the reference
+at a few times. A row of the table fails, and with it the script, if the largest error at h / 4 exceeds its bar, if the
+order of the method isn't two, or if the values that h / 2 and h / 4 extrapolate to aren't nearer to the reference by
+far. Long rows of four-bar windows run with steps of controlled length, which pass their singular positions.
+"""
+
+import argparse
+import csv
+import dataclasses
+import math
+import pathlib
+import sys
+import tempfile
+
+from make_four_bar import COUPLER, ROD, four_bar
+from reference_models import MODELS, model_text, multiply
+from result_files import Run, axes, place, replace_table
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+TABLES = ROOT / "tests" / "verification"
+BAR, EXTRAPOLATED_BAR = 1e-4, 5e-6  # of errors, as shares of the largest value in the reference
+ORDER = (1.9, 2.1)
+TOLERANCE = {"four_bar_40": 1e-9}  # of runs with steps of controlled length
+WINDOWS, WINDOW_TOLERANCE, ENERGY_BAR = ((4, False), (40, False), (400, False), (40, True)), 1e-8, 1e-4
+
+
+class Files:
+    """Numbers of one run, by body or joint and number of the record."""
+
+    def __init__(self, run):
+        self.run = run
+        self.states, self.velocities, self.forces = map(run.file, ("srf", "vrf", "crf"))
+
+    def state(self, body, i):
+        return self.states.of(body)[i]
+
+    def omega(self, body, i):
+        return self.velocities.of(body)[i][3:6]
+
+    def velocity(self, body, i):
+        return self.velocities.of(body)[i][:3]
+
+    def force(self, joint, i):
+        return self.forces.force_on_first_body(joint)[i]
+
+    def angle(self, body, i, start=0.0):
+        """Angle about z, followed over all turns; records have to be less than half a turn apart."""
+        total = start
+        for row in self.states.of(body)[: i + 1]:
+            now = math.atan2(row[4], row[3])
+            total += math.remainder(now - total, 2.0 * math.pi)
+        return total
+
+
+def tip_of_rod(files, i):
+    return place(files.state("rod0", i), (0.0, 0.5, 0.0))[:2]
+
+
+def velocity_of_tip(files, i):
+    return tuple(2.0 * v for v in files.velocity("rod0", i)[:2])
+
+
+BODY_TEST = {
+    "centre of mass": lambda f, i: f.state("body", i)[:3],
+    "velocity": lambda f, i: f.velocity("body", i),
+    "ground force": lambda f, i: f.force("joint", i),
+}
+TOP = {
+    "centre of mass": lambda f, i: f.state("top", i)[:3],
+    "angular velocity": lambda f, i: f.omega("top", i),
+    "ground force": lambda f, i: f.force("tip", i),
+}
+FOUR_BAR = {"top of rod 0": tip_of_rod, "its velocity": velocity_of_tip}
+QUANTITIES = {
+    "top_nutation": TOP,
+    "top_precession": TOP,
+    "pendulum": {
+        "tip": lambda f, i: place(f.state("bar", i), (-0.25, 0.0, 0.0))[:2],
+        "ground force": lambda f, i: f.force("hinge", i)[:2]},
+    "four_bar_2": FOUR_BAR,
+    "four_bar_40": FOUR_BAR,
+    "squeezing_mechanism": {
+        "crank angle": lambda f, i: (f.angle("K1", i),),
+        "crank speed": lambda f, i: f.omega("K1", i)[2:],
+        "point E": lambda f, i: place(f.state("K2", i), (-0.0165, 0.0, 0.0))[:2]},
+    "spatial_double_pendulum": {
+        "centre of body 2": lambda f, i: f.state("lower", i)[:3],
+        "angular velocity of body 2": lambda f, i: multiply(axes(f.state("lower", i)), f.omega("lower", i)),
+        "ground force": lambda f, i: f.force("ball", i)},
+    "planar_chain_10": {
+        "tip": lambda f, i: place(f.state("link9", i), (0.1, 0.0, 0.0))[:2],
+        "ground force": lambda f, i: f.force("hinge0", i)[:2]},
+    "gear_pair": {
+        "pinion angle": lambda f, i: (f.angle("pinion", i),),
+        "tooth moment on wheel": lambda f, i: f.forces.of("teeth")[i][23:]},
+    **{name: BODY_TEST for name in ("revolute_1", "revolute_2", "spherical_2", "universal_1", "cylindrical_3")},
+}
+
+# Coarsest step [s] of each problem.
+STEPS = {
+    "top_nutation": 4e-4, "top_precession": 8e-4, "pendulum": 1e-3, "four_bar_2": 1e-3, "squeezing_mechanism": 1e-5,
+    "spatial_double_pendulum": 4e-4, "planar_chain_10": 4e-4, "gear_pair": 2e-4, "revolute_1": 2e-3,
+    "revolute_2": 2e-3, "spherical_2": 2e-3, "universal_1": 2e-3, "cylindrical_3": 5e-3,
+}
+
+
+def read_reference(problem):
+    """Times, and for each quantity its values at the times."""
+    with (TABLES / f"{problem}.csv").open(encoding="utf-8", newline="") as file:
+        head, *rows = csv.reader(line for line in file if not line.startswith("#"))
+    numbers = [[float(x) for x in row] for row in rows]
+    names = list(dict.fromkeys(head[1:]))
+    values = {name: [[x for x, column in zip(row, head) if column == name] for row in numbers] for name in names}
+    return [row[0] for row in numbers], values
+
+
+def read_run(files, problem, names, times):
+    found = {name: [] for name in names}
+    for t in times:
+        record = min(range(len(files.states.times)), key=lambda i: abs(files.states.times[i] - t))
+        if abs(files.states.times[record] - t) > 1e-9:
+            raise SystemExit(f"{problem}: no record at {t} s")
+        for name in names:
+            found[name].append(QUANTITIES[problem][name](files, record))
+    return found
+
+
+def largest_error(found, reference):
+    return max(math.dist(a, b) for a, b in zip(found, reference))
+
+
+@dataclasses.dataclass
+class Result:
+    run: Run
+    found: dict
+
+
+def solve(program, folder, problem, names, times, step, tolerance=None):
+    model = folder / f"{problem}.toml"
+    model.write_text(model_text(problem, step, tolerance), encoding="utf-8")
+    run = Run(program, model, folder / problem)
+    return Result(run, read_run(Files(run), problem, names, times))
+
+
+def extrapolate(coarse, fine):
+    """What values of second order tend to as the step, twice as long in `coarse`, goes to zero."""
+    return [[(4.0 * b - a) / 3.0 for a, b in zip(u, v)] for u, v in zip(coarse, fine)]
+
+
+def to_cells(problem, name, values, run, errors, more):
+    last = ", ".join(f"{x:.9g}" for x in values[-1])
+    return [problem.replace("_", " "), name, last, f"{errors[-1]:.1e}", *more, run.steps, f"{run.seconds:.2f}"]
+
+
+def judge(problem, name, reference, results):
+    """A row of the table, and what is wrong with it."""
+    errors = [largest_error(result.found[name], reference) for result in results]
+    scale = max(math.hypot(*values) for values in reference)
+    faults = [f"error {errors[-1]:.1e}"] if errors[-1] > BAR * scale else []
+    more = ["", ""]
+    if len(results) > 1:
+        orders = [math.log2(a / b) for a, b in zip(errors, errors[1:])]
+        rest = largest_error(extrapolate(*(result.found[name] for result in results[-2:])), reference)
+        faults += [f"order {order:.3f}" for order in orders if not ORDER[0] < order < ORDER[1]]
+        faults += [f"extrapolated error {rest:.1e}"] if rest > EXTRAPOLATED_BAR * scale else []
+        more = [f"{orders[-1]:.3f}", f"{rest:.1e}"]
+    return (to_cells(problem, name, reference, results[-1].run, errors, more),
+            [f"{problem}, {name}: {fault}" for fault in faults])
+
+
+def verify_problem(program, folder, problem):
+    times, reference = read_reference(problem)
+    if problem in TOLERANCE:
+        results = [solve(program, folder, problem, reference, times, 1e-4, TOLERANCE[problem])]
+    else:
+        results = [solve(program, folder, problem, reference, times, STEPS[problem] / n) for n in (1, 2, 4)]
+    judged = [judge(problem, name, values, results) for name, values in reference.items()]
+    return [row for row, _ in judged], [fault for _, faults in judged for fault in faults]
+
+
+def energy_of_windows(count, state, velocity):
+    """Kinetic and potential energy of one record; rods come first in the files."""
+    kinetic = potential = 0.0
+    for link, (row, rates) in enumerate(zip(state, velocity)):
+        moments = ROD if link <= count else COUPLER
+        kinetic += 0.5 * sum(v * v for v in rates[:3]) + 0.5 * sum(m * w * w for m, w in zip(moments, rates[3:]))
+        potential += 9.81 * row[1]
+    return kinetic, potential
+
+
+def verify_windows(program, folder, count, hinges):
+    model = folder / f"windows_{count}_{hinges}.toml"
+    simulation = {"end_time": 10.0, "step": 1e-3, "tolerance": WINDOW_TOLERANCE}
+    model.write_text(four_bar(count, simulation, hinges), encoding="utf-8")
+    run = Run(program, model, folder / model.stem)
+    states, velocities = run.file("srf"), run.file("vrf")
+    energies = [energy_of_windows(count, *rows) for rows in zip(states.rows, velocities.rows)]
+    drift = max(abs(sum(e) - sum(energies[0])) for e in energies) / energies[0][1]
+    redundant = int(run.number(r"(\d+) redundant equations"))
+    name = f"{count}, all joints hinges" if hinges else str(count)
+    faults = [f"{name}: energy {drift:.1e}"] if drift > ENERGY_BAR else []
+    if redundant != (3 * count if hinges else 0):
+        faults.append(f"{name}: {redundant} redundant equations")
+    return [name, redundant, f"{energies[0][1]:.6g}", f"{drift:.1e}", run.steps, f"{run.seconds:.2f}"], faults
+
+
+def make_table(head, rows):
+    lines = [head, "---".join("|" * (len(rows[0]) + 1))]
+    return "\n".join(lines + ["| " + " | ".join(map(str, row)) + " |" for row in rows])
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("program", help="the built program velmora")
+    parser.add_argument("--document", type=pathlib.Path, default=ROOT / "docs" / "verification.md")
+    parser.add_argument("--print", action="store_true", help="print the tables and leave the document alone")
+    arguments = parser.parse_args()
+
+    rows, window_rows, faults = [], [], []
+    with tempfile.TemporaryDirectory() as name:
+        for problem in MODELS:
+            found, wrong = verify_problem(arguments.program, pathlib.Path(name), problem)
+            rows += found
+            faults += wrong
+        for count, hinges in WINDOWS:
+            row, wrong = verify_windows(arguments.program, pathlib.Path(name), count, hinges)
+            window_rows.append(row)
+            faults += wrong
+    tables = {
+        "reference table": make_table(
+            "| problem | quantity | reference at the end | error | order | extrapolated | steps | time [s] |", rows),
+        "window table": make_table(
+            "| N | redundant equations | potential energy at the start [J] | drift of energy | steps | time [s] |",
+            window_rows)}
+    for name, table in tables.items():
+        print(table) if arguments.print else replace_table(arguments.document, name, table)
+    if faults:
+        sys.exit("\n".join(faults))
+
+
+if __name__ == "__main__":
+    main()
