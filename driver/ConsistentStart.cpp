@@ -11,8 +11,9 @@
 // (1)  positions: min (q - q0)' M (q - q0) / 2 with C(q) = 0, by Gauss-Newton steps:
 //      | M  Cq' | | dq |     | M (q - q0) |
 //      | Cq 0   | | mu | = - | C          |
-// (2)  velocities: min (v - v0)' M (v - v0) / 2 with Cq v + C_t = 0: the same matrix, dv, and (0, Cq v0 +
-// C_t) (3)  accelerations and multipliers: M qdd + Cq' lambda = Q, Cq qdd = - dCq/dt v - C_tt
+// (2)  velocities: min (v - v0)' M (v - v0) / 2 with Cq v + C_t = 0: the same matrix, dv, and
+//      - (0, Cq v0 + C_t) on the right
+// (3)  accelerations and multipliers: M qdd + Cq' lambda = Q, Cq qdd = - dCq/dt v - C_tt
 //
 // The term M (q - q0) in (1) makes the nearest positions of all that fulfil C = 0; it costs linear
 // convergence and is left out in later steps.
