@@ -25,16 +25,20 @@ namespace velmora::driver {
 namespace {
 
 constexpr unsigned maxIterations = 15;
-constexpr double slowContraction = 0.25;       // a new matrix is worth its cost
-constexpr double contractionOfNewMatrix = 0.1; // assumed until it is measured
+constexpr unsigned maxIterationsOfFixedStep = 40; // there is no shorter step to fall back on
+constexpr double slowContraction = 0.25;          // a new matrix is worth its cost
+constexpr double contractionOfNewMatrix = 0.1;    // assumed until it is measured
 constexpr double leastContraction = 1e-3;
 constexpr double leastContractionFromEarlier = 0.1; // steps: the matrix is older now
 // Share of the local error that Newton's iteration may add; over the step it weighs more in the velocities.
 // A fixed step is asked for by those who measure what it gives: next to nothing is let in.
 constexpr double newtonShare = 1e-3;
 constexpr double newtonShareOfFixedStep = 1e-6;
-constexpr double noiseContraction = 0.3;    // or slower, of corrections below the following
-constexpr double largestNoise = 1000.0;     // in roundings of the positions
+constexpr double noiseContraction = 0.3; // or slower, of corrections below the following
+constexpr double largestNoise = 1000.0;  // in roundings of the positions
+// Near singular positions rounding comes out of the solver magnified; with a matrix of the same step,
+// corrections up to this share of the tolerance that stop shrinking are no more than that.
+constexpr double largestMagnifiedNoise = 1e-2;
 constexpr double largestChangeOfStep = 2.0; // with the same matrix
 constexpr double trustedShare = 0.8;
 constexpr unsigned stepsBetweenFilters = 10;
@@ -166,7 +170,9 @@ StepResult HHTIntegrator::iterate() {
     if (change > largestChangeOfStep || change * largestChangeOfStep < 1.0)
         isMatrixWanted = true;
     contraction = std::max(contraction, leastContractionFromEarlier);
-    for (iteration = 0; iteration < maxIterations;) {
+    isMatrixOfThisStep = false;
+    const unsigned most = settings.fixedStep ? maxIterationsOfFixedStep : maxIterations;
+    for (iteration = 0; iteration < most;) {
         if (const StepResult result = iterateOnce(); result != StepResult::Converged)
             return result;
         if (isConverged())
@@ -186,6 +192,7 @@ StepResult HHTIntegrator::iterateOnce() {
         if (!system->refreshMatrix(*trial, c1, c2))
             return StepResult::Singular;
         isMatrixWanted = false;
+        isMatrixOfThisStep = true;
         stepOfMatrix = step;
         contraction = contractionOfNewMatrix;
         lastCorrectionNorm = 0.0;
@@ -218,7 +225,8 @@ bool HHTIntegrator::isConverged() {
         return true;
     if (lastCorrectionNorm > 0.0) {
         const double measured = correctionNorm / lastCorrectionNorm;
-        if (measured > noiseContraction && correctionNorm <= largestNoise * rounding)
+        const double magnified = isMatrixOfThisStep ? largestMagnifiedNoise : 0.0;
+        if (measured > noiseContraction && correctionNorm <= std::max(largestNoise * rounding, magnified))
             return true; // nothing but rounding is left
         contraction = std::max(measured, leastContraction);
         isMatrixWanted = !(contraction <= slowContraction);

@@ -70,6 +70,7 @@ class HHTIntegrator {
     double c1 = 0.0, c2 = 0.0; // of the step in work
     double stepOfMatrix = 0.0; // length of the step for which the matrix was made; 0 without a matrix
     bool isMatrixWanted = true;
+    bool isMatrixOfThisStep = false;
     unsigned iteration = 0;   // of the step in work
     double contraction = 1.0; // of the Newton corrections, with the present matrix
     double correctionNorm = 0.0, lastCorrectionNorm = 0.0;

@@ -135,5 +135,33 @@ TEST(SingularPosition, LeftOutEquationsThatStopRepeatingAreNamed) {
                 HasSubstr("dzFixed of hinge-b (arm, ground) was left out, since it repeated"));
 }
 
+/// A row of four-bar windows with links of 1 m, all in one line at 0.7197 s, where rounding comes out of the
+/// solver magnified a million times.
+TEST(SingularPosition, IsPassedWithFixedSteps) {
+    Input input;
+    const auto at = [](double x, double y) { return toText(x) + ", " + toText(y) + ", 0"; };
+    constexpr unsigned windows = 10;
+    for (unsigned j = 0; j < 2 * windows + 1; ++j) {
+        const bool isRod = j % 2 == 0;
+        input
+            .addBody("link" + std::to_string(j), 1.0, "0.01, 0.01, 0.08333333333333333",
+                     isRod ? "0.5, 0, 0" : "1, 0, 0", isRod ? "0, 0, -1" : "0, 0, 0")
+            ->values[2] = at(0.5 * j, isRod ? 0.5 : 1.0);
+    }
+    for (unsigned j = 0; j < 2 * windows + 1; ++j) {
+        const std::string link = "link" + std::to_string(j), next = "link" + std::to_string(j + 1);
+        if (j % 2 == 0)
+            input.addJoint("foot" + link, link + ", 0", at(0.5 * j, 0.0), "dx dy dz ax ay");
+        if (j < 2 * windows)
+            input.addJoint("top" + link, link + ", " + next, at(0.5 * (j + j % 2), 1.0),
+                           j % 2 == 0 ? "dx dy dz ax ay" : "dx dy");
+    }
+    input.addGravity("0, -9.81, 0");
+    const auto model = input.make();
+    const RunOutcome outcome = Simulation(model.get(), &input.data, nullptr, {0.8, 1e-3, true}).run();
+    EXPECT_TRUE(outcome.succeeded) << outcome.diagnostic;
+    EXPECT_LT(outcome.maxEnergyDrift, 2e-5);
+}
+
 } // namespace
 } // namespace velmora::driver
