@@ -54,6 +54,7 @@ TEST(RotationAlgebra, DerivativesAgreeWithDifferencesAtAnyNorm) {
                    differenceByE<4>([&](const Vec4& y) { return transposeTimes(Gbar(y), u); }, e));
         expectNear(H(u), differenceByE<4>([&](const Vec4& y) { return transposeTimes(G(y), u); }, e));
         expectNear(E(a, u), differenceByE<4>([&](const Vec4& y) { return transposeTimes(J(y, u), a); }, e));
+        expectNear(rateOfA(e, x) * u, J(e, u) * x);
         expectNear(skew(a) * u, cross(a, u));
         expectNear(Gbar(x) * e, -(Gbar(e) * x));
     }

@@ -1,11 +1,15 @@
 #include "velmora/platform/DynamicLibrary.h"
 #include "velmora/platform/FileSystem.h"
+#include "velmora/platform/LargePages.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <limits>
+#include <new>
 
 #if !defined(_WIN32)
 #include <sys/stat.h>
@@ -58,6 +62,17 @@ TEST(FileSystem, WritesThroughBackslashesIntoFolders) {
     std::fclose(file);
     EXPECT_EQ(std::filesystem::file_size("out/x.txt"), 3u);
     EXPECT_EQ(queryFile("out\\y.txt"), FileStatus::NotFound);
+}
+
+TEST(LargePages, ArraysAreAlignedAndHoldWhatIsWritten) {
+    for (const std::size_t size : {std::size_t{1}, std::size_t{1000}, std::size_t{1} << 20}) {
+        const EvaluationArray<double> array(size, 0.5);
+        const std::uintptr_t alignment = size * sizeof(double) < (std::size_t{2} << 20) ? 64 : 2u << 20;
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(array.data()) % alignment, 0u) << size;
+        EXPECT_EQ(std::ranges::count(array, 0.5), static_cast<std::ptrdiff_t>(size));
+    }
+    EXPECT_THROW(static_cast<void>(allocateLargePages(std::numeric_limits<std::size_t>::max() - 8)),
+                 std::bad_alloc);
 }
 
 } // namespace
