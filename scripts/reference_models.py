@@ -1,4 +1,4 @@
-"""Models of problems with published or closed solutions, as text of model files.
+"""Models of problems with published or closed solutions, as text of model files for fixed steps.
 
 `MODELS` maps the name of a problem to (end time, time between records, function of the simulation and results
 sections).
@@ -125,11 +125,9 @@ MODELS = {
 }
 
 
-def model_text(problem, step, tolerance=None):
-    """With a tolerance the step is only the first one."""
+def model_text(problem, step):
     end_time, between_records, write = MODELS[problem]
-    control = {"tolerance": tolerance} if tolerance else {"fixed_step": True}
-    simulation = {"end_time": end_time, "step": step, "alpha": -0.05} | control
+    simulation = {"end_time": end_time, "step": step, "fixed_step": True, "alpha": -0.05}
     results = {"WriteStateResultFile": True, "WriteVelocityResultFile": True,
                "WriteConstraintForceResultFile": True, "OutputTimeStepSize": between_records}
     return write(simulation, results=results)
