@@ -65,10 +65,10 @@ MBS_ScatterPlan::Route MBS_ScatterPlan::Pattern::findRoute() const {
 
 // Sum of s_k B_k for blocks of a size known at compile time, kept in registers.
 template <int R, int C>
-inline Mat<R, C> MBS_ScatterPlan::Pattern::weightedSum(const double* const* sources) const {
+inline Mat<R, C> MBS_ScatterPlan::Pattern::weightedSum(const double* const* data) const {
     Mat<R, C> sum;
     for (const double* weight : weights) {
-        const double* source = *sources++;
+        const double* source = *data++;
         for (std::size_t n = 0; n < sum.data.size(); ++n)
             sum.data[n] += *weight * source[n];
     }
@@ -77,8 +77,8 @@ inline Mat<R, C> MBS_ScatterPlan::Pattern::weightedSum(const double* const* sour
 
 template <int R, int C>
 inline void MBS_ScatterPlan::Pattern::writeSized(double* first, std::size_t rowStride,
-                                                 const double* const* sources) const {
-    const Mat<R, C> sum = weightedSum<R, C>(sources);
+                                                 const double* const* data) const {
+    const Mat<R, C> sum = weightedSum<R, C>(data);
     for (int i = 0; i < R; ++i)
         for (int j = 0; j < C; ++j)
             first[static_cast<std::size_t>(i) * rowStride + static_cast<std::size_t>(j)] = sum(i, j);
@@ -86,8 +86,8 @@ inline void MBS_ScatterPlan::Pattern::writeSized(double* first, std::size_t rowS
 
 template <int R, int C>
 inline void MBS_ScatterPlan::Pattern::writeTransposed(double* first, std::size_t rowStride,
-                                                      const double* const* sources) const {
-    const Mat<R, C> sum = weightedSum<R, C>(sources);
+                                                      const double* const* data) const {
+    const Mat<R, C> sum = weightedSum<R, C>(data);
     for (int j = 0; j < C; ++j)
         for (int i = 0; i < R; ++i)
             first[static_cast<std::size_t>(j) * rowStride + static_cast<std::size_t>(i)] = sum(i, j);
@@ -95,10 +95,10 @@ inline void MBS_ScatterPlan::Pattern::writeTransposed(double* first, std::size_t
 
 template <int N>
 inline void MBS_ScatterPlan::Pattern::writeDiagonal(double* first, std::size_t rowStride,
-                                                    const double* const* sources) const {
+                                                    const double* const* data) const {
     Mat<N, 1> sum;
     for (const double* weight : weights) {
-        const double* source = *sources++;
+        const double* source = *data++;
         for (int i = 0; i < N; ++i)
             sum(i) += *weight * source[(N + 1) * i];
     }
@@ -106,35 +106,35 @@ inline void MBS_ScatterPlan::Pattern::writeDiagonal(double* first, std::size_t r
         first[static_cast<std::size_t>(i) * rowStride] = sum(i);
 }
 
-inline double MBS_ScatterPlan::Pattern::element(const double* const* sources, std::size_t k, std::size_t i,
+inline double MBS_ScatterPlan::Pattern::element(const double* const* data, std::size_t k, std::size_t i,
                                                 std::size_t j) const {
-    return sources[k][isTransposed[k] ? i * numCols + j : j * numRows + i];
+    return data[k][isTransposed[k] ? i * numCols + j : j * numRows + i];
 }
 
 void MBS_ScatterPlan::Pattern::writeAnySize(double* first, std::size_t rowStride,
-                                            const double* const* sources) const {
+                                            const double* const* data) const {
     const bool isDiagonal = shape == MBS_BlockShape::Diagonal;
     for (std::size_t j = 0; j < numCols; ++j)
         for (std::size_t i = isDiagonal ? j : 0; i < (isDiagonal ? j + 1 : numRows); ++i) {
             double sum = 0.0;
             for (std::size_t k = 0; k < weights.size(); ++k)
-                sum += *weights[k] * element(sources, k, i, j);
+                sum += *weights[k] * element(data, k, i, j);
             first[i * rowStride + (isDiagonal ? 0 : j)] = sum;
         }
 }
 
 // Euler parameters stand in the columns.
-void MBS_ScatterPlan::Pattern::writeWithT(double* first, std::size_t rowStride, const double* const* sources,
+void MBS_ScatterPlan::Pattern::writeWithT(double* first, std::size_t rowStride, const double* const* data,
                                           const MBM_GeneralDenseMatrix& T) const {
     for (std::size_t j = 0; j < numCols; ++j)
         for (std::size_t i = 0; i < numRows; ++i) {
             double sum = 0.0;
             for (std::size_t k = 0; k < weights.size(); ++k)
                 if (!usesT[k])
-                    sum += *weights[k] * element(sources, k, i, j);
+                    sum += *weights[k] * element(data, k, i, j);
                 else
                     for (std::size_t m = 0; m < 4; ++m)
-                        sum -= element(sources, k, i, m) * T.data[j * 4 + m];
+                        sum -= element(data, k, i, m) * T.data[j * 4 + m];
             first[i * rowStride + j] = sum;
         }
 }

@@ -64,17 +64,17 @@ class MBS_ScatterPlan {
         // Each writes one place: `first` is its element (0, 0) among the sparse values, `rowStride` the
         // distance of its rows there. `writeTransposed` is for sources of size R x C.
         template <int R, int C>
-        void writeSized(double* first, std::size_t rowStride, const double* const* sources) const;
+        void writeSized(double* first, std::size_t rowStride, const double* const* data) const;
         template <int R, int C>
-        void writeTransposed(double* first, std::size_t rowStride, const double* const* sources) const;
+        void writeTransposed(double* first, std::size_t rowStride, const double* const* data) const;
         template <int R, int C>
-        Mat<R, C> weightedSum(const double* const* sources) const;
+        Mat<R, C> weightedSum(const double* const* data) const;
         template <int N>
-        void writeDiagonal(double* first, std::size_t rowStride, const double* const* sources) const;
+        void writeDiagonal(double* first, std::size_t rowStride, const double* const* data) const;
         /// Element (i, j) of source k, as it enters.
-        double element(const double* const* sources, std::size_t k, std::size_t i, std::size_t j) const;
-        void writeAnySize(double* first, std::size_t rowStride, const double* const* sources) const;
-        void writeWithT(double* first, std::size_t rowStride, const double* const* sources,
+        double element(const double* const* data, std::size_t k, std::size_t i, std::size_t j) const;
+        void writeAnySize(double* first, std::size_t rowStride, const double* const* data) const;
+        void writeWithT(double* first, std::size_t rowStride, const double* const* data,
                         const MBM_GeneralDenseMatrix& T) const;
     };
     struct Target {
