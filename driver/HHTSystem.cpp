@@ -216,9 +216,9 @@ SparseRows HHTSystem::getConstraintRows() const {
 
 void HHTSystem::leaveOut(const std::vector<unsigned>& equations) {
     leftOut = equations;
-    std::vector<unsigned> rows;
-    for (const unsigned equation : equations)
-        rows.push_back(numOfPhysicalDof + equation);
+    std::vector<unsigned> rows = equations;
+    for (unsigned& row : rows)
+        row += numOfPhysicalDof;
     solver->leaveOut(rows);
 }
 
