@@ -45,16 +45,18 @@ MBS_ConstraintCell_Map_Procedure::MBS_ConstraintCell_Map_Procedure(unsigned firs
 
 MBS_ConstraintCell_Map_Procedure::~MBS_ConstraintCell_Map_Procedure() = default;
 
-void MBS_ConstraintCell_Map_Procedure::initMappers(MBM_SparseMat_CSR3& sparse) {
+void MBS_ConstraintCell_Map_Procedure::initMappers(MBM_SparseMat_CSR3& sparse, MBS_ScatterPlan& plan) const {
     for (const Part& part : collectParts(sparse))
         if (isTransposed())
-            plan.add(sparse,
-                     {rowOffset + part.equation, colOffset + part.dof, part.cols, part.rows, part.shape},
-                     {{part.data, scalingPointer, 0, false, true}});
+            plan.add(
+                sparse,
+                {rowOffset + part.equation, colOffset + part.dof, part.cols, part.rows, part.shape, true},
+                {{part.data, scalingPointer, 0, false, true}});
         else
-            plan.add(sparse,
-                     {rowOffset + part.dof, colOffset + part.equation, part.rows, part.cols, part.shape},
-                     {{part.data, scalingPointer, 0, false}});
+            plan.add(
+                sparse,
+                {rowOffset + part.dof, colOffset + part.equation, part.rows, part.cols, part.shape, true},
+                {{part.data, scalingPointer, 0, false}});
 }
 
 std::vector<MBS_ConstraintCell_Map_Procedure::Part>

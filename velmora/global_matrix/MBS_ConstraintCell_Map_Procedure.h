@@ -23,10 +23,8 @@ class MBS_ConstraintCell_Map_Procedure {
     virtual std::string getClassName() const = 0;
     /// Appends the one-based (row, column) pairs of all objects.
     virtual void addPattern(std::vector<unsigned>& rows, std::vector<unsigned>& cols) const = 0;
-    /// Prepares the scatter into the finished sparse matrix.
-    void initMappers(MBM_SparseMat_CSR3& sparse);
-    /// Scatters all objects with the cell's weight.
-    void refresh() { plan.run(nullptr); }
+    /// Adds to the plan of the finished sparse matrix all places of the cell.
+    void initMappers(MBM_SparseMat_CSR3& sparse, MBS_ScatterPlan& plan) const;
     /// equations = Cq coordinates with all objects, unweighted; both are arrays over the whole vectors.
     /// Equations that no object reaches keep their value.
     void multiplyCq(const double* coordinates, double* equations) const;
@@ -61,8 +59,6 @@ class MBS_ConstraintCell_Map_Procedure {
     /// All parts of all objects. Neighbouring equations whose elements are neighbours too become one part.
     std::vector<Part> collectParts(const MBM_SparseMat_CSR3& sparse) const;
     bool isContinuation(const MBM_SparseMat_CSR3& sparse, const Part& part, const Part& next) const;
-
-    MBS_ScatterPlan plan;
 };
 
 /// Codes 201 and 202: coordinates in the rows.

@@ -2,6 +2,7 @@
 
 #include "velmora/global_matrix/MBS_ConstraintCell_Map_Procedure.h"
 #include "velmora/global_matrix/MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure.h"
+#include "velmora/global_matrix/MBS_ScatterPlan.h"
 #include "velmora/matrix/MBM_SparseMat_CSR3.h"
 #include "velmora/model/MBS_Model.h"
 #include "velmora/model/MBS_ModelLookUp.h"
@@ -63,7 +64,8 @@ MBS_GlobalModelMatrix::MBS_GlobalModelMatrix(MBS_ModelObjectLists* owner, unsign
     : numBlockRows(numRows),
       numBlockCols(numCols),
       isModifiedHHT(modifiedHHT),
-      model(owner) {
+      model(owner),
+      plan(std::make_shared<MBS_ScatterPlan>()) {
     if (!checkInputDataAndStoreInMembers(*types, *rows, *cols, *weights)) {
         sparseMatrix = std::make_shared<MBM_SparseMat_CSR3>(0, 0, 0, nullptr, nullptr);
         return;
@@ -184,28 +186,18 @@ void MBS_GlobalModelMatrix::createSparseMatrix() {
 
 void MBS_GlobalModelMatrix::initAllMappers() {
     for (const auto& procedure : physicalProcedures)
-        procedure->initMappers(*sparseMatrix);
+        procedure->initMappers(*sparseMatrix, *plan);
     for (const auto& procedure : constraintProcedures)
-        procedure->initMappers(*sparseMatrix);
-}
-
-void MBS_GlobalModelMatrix::updateConstraintCells() {
-    for (const auto& procedure : constraintProcedures)
-        procedure->refresh();
+        procedure->initMappers(*sparseMatrix, *plan);
+    plan->sort();
 }
 
 void MBS_GlobalModelMatrix::update() {
-    if (!isModifiedHHT)
-        for (const auto& procedure : physicalProcedures)
-            procedure->refresh(nullptr);
-    updateConstraintCells();
+    plan->run(isModifiedHHT ? MBS_ScatterPlan::Cells::Constraints : MBS_ScatterPlan::Cells::All, nullptr);
 }
 
 void MBS_GlobalModelMatrix::updateForModifiedHHT(MBM_GeneralDenseMatrix** T) {
-    if (isModifiedHHT)
-        for (const auto& procedure : physicalProcedures)
-            procedure->refresh(T);
-    updateConstraintCells();
+    plan->run(isModifiedHHT ? MBS_ScatterPlan::Cells::All : MBS_ScatterPlan::Cells::Constraints, T);
 }
 
 bool MBS_GlobalModelMatrix::setScalingValue_i(unsigned index, double value) {

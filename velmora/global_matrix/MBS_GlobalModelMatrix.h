@@ -14,6 +14,7 @@ class MBM_SparseMat_CSR3;
 class MBS_ModelObjectLists;
 class MBS_ConstraintCell_Map_Procedure;
 class MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure;
+class MBS_ScatterPlan;
 
 /// The sparse matrix that a solver factorises, described by the solver itself: J = sum over contributions k
 /// of s_k B(code_k), each placed in one cell of a grid of block rows and block columns.
@@ -64,7 +65,6 @@ class VELMORA_EXPORT MBS_GlobalModelMatrix {
     void constructAllMapProcedures();
     void createSparseMatrix();
     void initAllMappers();
-    void updateConstraintCells();
 
     std::shared_ptr<MBM_SparseMat_CSR3> sparseMatrix;
     unsigned numBlockRows;
@@ -78,6 +78,7 @@ class VELMORA_EXPORT MBS_GlobalModelMatrix {
     MBS_ModelObjectLists* model; // not owned
     std::vector<std::shared_ptr<MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure>> physicalProcedures;
     std::vector<std::shared_ptr<MBS_ConstraintCell_Map_Procedure>> constraintProcedures;
+    std::shared_ptr<MBS_ScatterPlan> plan; // of all cells
 };
 
 } // namespace velmora

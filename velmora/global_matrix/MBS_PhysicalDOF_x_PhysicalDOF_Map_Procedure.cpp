@@ -146,8 +146,11 @@ MBS_ScatterPlan::Place MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::placeOf(cons
                                                                             unsigned k) const {
     const Contribution& any = pair.contributions.front();
     return {rowOffset + bodyOffset[pair.rowBody] + kindOffsets(any.rowDof())[k / 3],
-            colOffset + bodyOffset[pair.colBody] + kindOffsets(any.colDof())[k % 3], any.rowDof()[k / 3],
-            any.colDof()[k % 3], pair.shapes[k]};
+            colOffset + bodyOffset[pair.colBody] + kindOffsets(any.colDof())[k % 3],
+            any.rowDof()[k / 3],
+            any.colDof()[k % 3],
+            pair.shapes[k],
+            false};
 }
 
 std::vector<MBS_ScatterPlan::Source>
@@ -178,7 +181,8 @@ void MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::addPattern(std::vector<unsigne
         }
 }
 
-void MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::initMappers(MBM_SparseMat_CSR3& sparse) {
+void MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure::initMappers(MBM_SparseMat_CSR3& sparse,
+                                                              MBS_ScatterPlan& plan) {
     for (const Pair& pair : pairs)
         for (unsigned k = 0; k < 9; ++k)
             if (pair.shapes[k] != MBS_BlockShape::Absent)

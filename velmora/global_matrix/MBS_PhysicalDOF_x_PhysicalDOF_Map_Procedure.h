@@ -33,11 +33,8 @@ class MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure {
 
     /// Appends the one-based (row, column) pairs of all places.
     void addPattern(std::vector<unsigned>& rows, std::vector<unsigned>& cols) const;
-    /// Prepares the scatter into the finished sparse matrix.
-    void initMappers(MBM_SparseMat_CSR3& sparse);
-    /// Sums all sources with their weights and scatters them. `T` (4x4 per body) is for the modified HHT
-    /// form, and null otherwise.
-    void refresh(MBM_GeneralDenseMatrix** T) { plan.run(T); }
+    /// Adds to the plan of the finished sparse matrix all places of the cell.
+    void initMappers(MBM_SparseMat_CSR3& sparse, MBS_ScatterPlan& plan);
 
   private:
     /// A block object that belongs in the cell.
@@ -74,7 +71,6 @@ class MBS_PhysicalDOF_x_PhysicalDOF_Map_Procedure {
     bool isModifiedHHT;
     std::vector<unsigned> bodyOffset; // per body: first coordinate within the physical vector
     std::vector<Pair> pairs;          // row-major in (row body, column body)
-    MBS_ScatterPlan plan;
 };
 
 } // namespace velmora

@@ -31,7 +31,8 @@ enum class MBS_ScatterPlan::Route : std::uint8_t {
 
 bool MBS_ScatterPlan::Pattern::isLike(const Pattern& other) const {
     return numRows == other.numRows && numCols == other.numCols && shape == other.shape &&
-           isTransposed == other.isTransposed && weights == other.weights && usesT == other.usesT;
+           isTransposed == other.isTransposed && isConstraintCell == other.isConstraintCell &&
+           weights == other.weights && usesT == other.usesT;
 }
 
 MBS_ScatterPlan::Route MBS_ScatterPlan::Pattern::findRoute() const {
@@ -140,7 +141,8 @@ void MBS_ScatterPlan::Pattern::writeWithT(double* first, std::size_t rowStride, 
 }
 
 std::uint32_t MBS_ScatterPlan::findPattern(const Place& place, const std::vector<Source>& added) {
-    Pattern pattern{Route::AnySize, {}, {}, {}, place.numRows, place.numCols, place.shape};
+    Pattern pattern{Route::AnySize,        {}, {}, {}, place.numRows, place.numCols, place.shape,
+                    place.isConstraintCell};
     for (const Source& source : added) {
         pattern.weights.push_back(source.weight);
         pattern.usesT.push_back(source.usesT);
@@ -171,11 +173,49 @@ void MBS_ScatterPlan::add(MBM_SparseMat_CSR3& sparse, const Place& place, const 
         bodiesOfT.push_back(added.front().colBody);
 }
 
-void MBS_ScatterPlan::run(MBM_GeneralDenseMatrix** T) const {
+void MBS_ScatterPlan::sort() {
+    struct Entry {
+        Target target;
+        const double* const* sources;
+        const std::uint32_t* bodyOfT;
+    };
+    std::vector<Entry> entries;
+    entries.reserve(targets.size());
+    const double* const* source = sources.data();
+    const std::uint32_t* bodyOfT = bodiesOfT.data();
+    for (const Target& target : targets) {
+        entries.push_back({target, source, bodyOfT});
+        source += patterns[target.pattern].weights.size();
+        bodyOfT += patterns[target.pattern].route == Route::WithT ? 1 : 0;
+    }
+    std::ranges::sort(entries, {}, [](const Entry& entry) { return entry.target.first; });
+    EvaluationArray<Target> sortedTargets;
+    EvaluationArray<const double*> sortedSources;
+    std::vector<std::uint32_t> sortedBodies;
+    sortedTargets.reserve(targets.size());
+    sortedSources.reserve(sources.size());
+    for (const Entry& entry : entries) {
+        const Pattern& pattern = patterns[entry.target.pattern];
+        sortedTargets.push_back(entry.target);
+        sortedSources.insert(sortedSources.end(), entry.sources, entry.sources + pattern.weights.size());
+        if (pattern.route == Route::WithT)
+            sortedBodies.push_back(*entry.bodyOfT);
+    }
+    targets = std::move(sortedTargets);
+    sources = std::move(sortedSources);
+    bodiesOfT = std::move(sortedBodies);
+}
+
+void MBS_ScatterPlan::run(Cells cells, MBM_GeneralDenseMatrix** T) const {
     const double* const* source = sources.data();
     const std::uint32_t* bodyOfT = bodiesOfT.data();
     for (const Target& target : targets) {
         const Pattern& p = patterns[target.pattern];
+        if (cells == Cells::Constraints && !p.isConstraintCell) {
+            source += p.weights.size();
+            bodyOfT += p.route == Route::WithT ? 1 : 0;
+            continue;
+        }
         double* first = values + target.first;
         const std::size_t stride = target.rowStride;
         switch (p.route) {

@@ -41,13 +41,19 @@ class MBS_ScatterPlan {
         unsigned row, col;
         unsigned numRows, numCols;
         MBS_BlockShape shape;
+        bool isConstraintCell; ///< part of Cq or its transpose
     };
+    /// Which places a run writes.
+    enum class Cells { All, Constraints };
 
     /// Adds a place of the sparse matrix with its sources, which all have its size or its transpose's. All of
     /// the block must be in the pattern, and the rows of a block equally long. All places are of one matrix.
     void add(MBM_SparseMat_CSR3& sparse, const Place& place, const std::vector<Source>& sources);
-    /// Writes all places. `T` holds a 4x4 matrix per body; null unless a source uses it.
-    void run(MBM_GeneralDenseMatrix** T) const;
+    /// Brings the places into the order in which they stand in the sparse matrix, so that a run passes over
+    /// it once. To be called after the last `add`.
+    void sort();
+    /// Writes the places. `T` holds a 4x4 matrix per body; null unless a source uses it.
+    void run(Cells cells, MBM_GeneralDenseMatrix** T) const;
 
   private:
     /// How a place is written.
@@ -58,6 +64,7 @@ class MBS_ScatterPlan {
         std::vector<bool> usesT, isTransposed;
         unsigned numRows, numCols; // in the sparse matrix
         MBS_BlockShape shape;
+        bool isConstraintCell;
 
         bool isLike(const Pattern& other) const;
         Route findRoute() const;
