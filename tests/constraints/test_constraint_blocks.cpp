@@ -115,6 +115,18 @@ std::vector<double> elementsOf(const std::vector<const MBM_DenseMatrix*>& matric
     return elements;
 }
 
+/// Every part of B is there where its mirror image in A is, with the same elements.
+void expectTransposed(const MBS_GeneralBodyBodyMatrix& A, const MBS_GeneralBodyBodyMatrix& B) {
+    for (unsigned r = 0; r < 3; ++r)
+        for (unsigned c = 0; c < 3; ++c) {
+            const MBM_DenseMatrix *a = A.block[r][c].get(), *b = B.block[c][r].get();
+            ASSERT_EQ(a == nullptr, b == nullptr) << r << c;
+            for (unsigned j = 0; a && j < a->cols; ++j)
+                for (unsigned i = 0; i < a->rows; ++i)
+                    EXPECT_EQ(a->getValue(i, j), b->getValue(j, i)) << r << c;
+        }
+}
+
 // What is computed in one go equals what the blocks compute one by one: the columns bit by bit, and of
 // d(Cq' lambda)/dq, which may be summed over a joint, its product with a vector.
 TEST_P(Constraints, BlocksAloneGiveTheSame) {
@@ -146,6 +158,8 @@ TEST_P(Constraints, BlocksAloneGiveTheSame) {
         constraint->getAndUpdateConstraints(0.1, &s.q, &s.qd, &s.qdd, &alone);
         EXPECT_EQ(*alone.equationsOfConstraint(constraint->constraintIndex),
                   *residual.equationsOfConstraint(constraint->constraintIndex));
+        if (constraint->cqTLe_qBlocks.size() == 4)
+            expectTransposed(*constraint->cqTLe_qBlocks[1], *constraint->cqTLe_qBlocks[2]);
         for (std::size_t k = 0; k < constraint->cqTLe_qBlocks.size(); ++k)
             addTransposedProduct(*constraint->cqTLe_qBlocks[k],
                                  s.qdd.bodyData(constraint->cqTLe_qRowBodies[k]),
