@@ -8,8 +8,10 @@ namespace velmora {
 
 class MBS_Body;
 class MBS_ConstraintGroup;
+class MBS_DataObject;
 class MBS_ExtConstraint;
 class MBS_Force;
+class MBS_Measure;
 class MBS_Model;
 
 /// What objects see of the model beside its error road: the objects built so far, by identity and in order.
@@ -22,6 +24,13 @@ class MBS_ModelLookUp {
     virtual MBS_Body* getBodyByUUID(const std::string& uuid) const = 0;
     /// All bodies in model order; the index is the body index.
     virtual const std::vector<std::unique_ptr<MBS_Body>>& getBodies() const = 0;
+
+    /// First measure with this label, in any case of letters; null if there is none.
+    virtual MBS_Measure* getMeasureByLabel(const std::string& label) const = 0;
+    /// First data object with this label, in any case of letters; null if there is none.
+    virtual MBS_DataObject* getDataObjectByLabel(const std::string& label) const = 0;
+    /// Data objects announced by blocks so far, those that could not be made among them.
+    virtual unsigned getNumOfDataObjects() const = 0;
 };
 
 /// The finished lists of a model, as the global matrix and the result files walk them.

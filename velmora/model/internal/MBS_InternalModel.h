@@ -25,6 +25,8 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
     // Lists and look-ups.
     MBS_Body* getBodyByUUID(const std::string& uuid) const override;
     const std::vector<std::unique_ptr<MBS_Body>>& getBodies() const override { return bodies; }
+    MBS_Measure* getMeasureByLabel(const std::string&) const override { return nullptr; }
+    MBS_DataObject* getDataObjectByLabel(const std::string&) const override { return nullptr; }
     const std::vector<std::unique_ptr<MBS_ExtConstraint>>& getConstraints() const override {
         return constraints;
     }
