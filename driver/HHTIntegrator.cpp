@@ -16,9 +16,12 @@
 // (6)  a_n <- qdd_n + (h / h_old) (a_n - qdd_n): the lag alpha h, fitted to a new step
 // (7)  local error of q: e = (beta + alpha/2 - 1/6) h^2 (a_n+1 - a_n), since a_n+1 - a_n = h dqdd/dt + O(h^2)
 // (8)  filtered by the matrix of Newton's iteration: J (e, mu) = (M e, 0), so that Cq e = 0
+// (9)  first guess: x_n+1 = x_n-1 + (t_n+1 - t_n-1) / (t_n - t_n-2) (x_n - x_n-2), for x = qdd and lambda
 //
 // Without (8), what accelerations oscillate by across the constraints would count as error. It is rounding
 // over h^2, hardly damped for alpha near 0, and doesn't fall with the step: the step would collapse.
+// (9) hits what is linear in time and, at equal steps, what alternates from step to step, as these
+// oscillations do; the line through the last two values would triple them.
 
 namespace velmora::driver {
 
@@ -33,7 +36,7 @@ constexpr double leastContractionFromEarlier = 0.1; // steps: the matrix is olde
 // Share of the local error that Newton's iteration may add; over the step it weighs more in the velocities.
 // A fixed step is asked for by those who measure what it gives: next to nothing is let in.
 constexpr double newtonShare = 1e-3;
-constexpr double newtonShareOfFixedStep = 1e-6;
+constexpr double newtonShareOfFixedStep = 1e-4;
 constexpr double noiseContraction = 0.3; // or slower, of corrections below the following
 constexpr double largestNoise = 1000.0;  // in roundings of the positions
 // Near singular positions rounding comes out of the solver magnified; with a matrix of the same step,
@@ -63,7 +66,7 @@ HHTIntegrator::HHTIntegrator(HHTSystem* equations, const SimulationSettings& sim
       beta(0.25 * (1.0 - alpha) * (1.0 - alpha)),
       gamma(0.5 - alpha),
       states{HHTState(equations->getModel()), HHTState(equations->getModel()),
-             HHTState(equations->getModel())},
+             HHTState(equations->getModel()), HHTState(equations->getModel())},
       startOfA(equations->getModel()),
       errors(equations->getModel()),
       weightedErrors(equations->getModel()),
@@ -120,7 +123,7 @@ StepResult HHTIntegrator::start(double h) {
         data(present->a)[i] = acceleration + alpha * h * jerk;
     }
     stepOfPresent = h;
-    hasPrevious = false;
+    numOfPast = 0;
     isMatrixWanted = true;
     shareLeftByFilter = 0.0;
     return system->evaluate(*present) ? StepResult::Converged : StepResult::NotFinite;
@@ -130,7 +133,7 @@ StepResult HHTIntegrator::tryStep(double endTime, double h) {
     predict(endTime, h);
     const StepResult result = iterate();
     if (result != StepResult::Converged) {
-        hasPrevious = false;
+        numOfPast = 0;
         isMatrixWanted = true;
     } else if (!settings.fixedStep) {
         filterLocalError();
@@ -144,12 +147,18 @@ void HHTIntegrator::predict(double endTime, double h) {
     c2 = (1.0 + alpha) * beta * h * h;
     trial->time = endTime;
     const double lagRatio = h / stepOfPresent;
-    const double extrapolation = hasPrevious ? lagRatio : 0.0;
+    const bool hasPair = numOfPast == 2;
+    const double slopeOfOne = numOfPast == 1 ? lagRatio : 0.0;
+    const double slopeOfPair =
+        hasPair ? (endTime - previous->time) / (present->time - beforePrevious->time) : 0.0;
+    const auto extrapolate = [=](double now, double before, double beforeThat) { // (9)
+        return hasPair ? before + slopeOfPair * (now - beforeThat) : now + slopeOfOne * (now - before);
+    };
     double largest = 0.0;
     for (unsigned i = 0; i < system->getNumOfPhysicalDof(); ++i) {
         const double qdd = data(present->qdd)[i], v = data(present->qd)[i];
         const double lagged = qdd + lagRatio * (data(present->a)[i] - qdd); // (6)
-        const double guess = qdd + extrapolation * (qdd - data(previous->qdd)[i]);
+        const double guess = extrapolate(qdd, data(previous->qdd)[i], data(beforePrevious->qdd)[i]);
         const double a = (1.0 + alpha) * guess - alpha * qdd; // (2)
         data(startOfA)[i] = lagged;
         data(trial->qdd)[i] = guess;
@@ -161,7 +170,8 @@ void HHTIntegrator::predict(double endTime, double h) {
     rounding = unitRoundoff * std::max(largest * weightedSize, 1.0 / settings.tolerance);
     for (unsigned i = 0; i < system->getNumOfConstraints(); ++i) {
         const double lambda = data(present->lambda)[i];
-        data(trial->lambda)[i] = lambda + extrapolation * (lambda - data(previous->lambda)[i]);
+        data(trial->lambda)[i] =
+            extrapolate(lambda, data(previous->lambda)[i], data(beforePrevious->lambda)[i]);
     }
 }
 
@@ -263,10 +273,13 @@ void HHTIntegrator::filterLocalError() { // (8)
 }
 
 StepResult HHTIntegrator::accept() {
-    std::swap(previous, present);
-    std::swap(present, trial);
+    HHTState* oldest = beforePrevious;
+    beforePrevious = previous;
+    previous = present;
+    present = trial;
+    trial = oldest;
     stepOfPresent = step;
-    hasPrevious = true;
+    numOfPast = std::min(numOfPast + 1, 2U);
     return system->evaluate(*present) ? StepResult::Converged : StepResult::NotFinite;
 }
 

@@ -53,10 +53,11 @@ class HHTIntegrator {
     HHTSystem* system; // not owned
     SimulationSettings settings;
     double alpha, beta, gamma;
-    std::array<HHTState, 3> states;
-    HHTState* previous = &states[0]; // last state before the present one
-    HHTState* present = &states[1];
-    HHTState* trial = &states[2];
+    std::array<HHTState, 4> states;
+    HHTState* beforePrevious = &states[0];
+    HHTState* previous = &states[1]; // last state before the present one
+    HHTState* present = &states[2];
+    HHTState* trial = &states[3];
     MBS_ModelPhysicalDofVector startOfA; // a of the present state, its lag fitted to the step in work
     MBS_ModelPhysicalDofVector errors, weightedErrors; // of positions; times the mass matrix
     MBS_ModelConstraintDofVector constraintWork;
@@ -65,7 +66,7 @@ class HHTIntegrator {
     double typicalLength = 1.0;
     double stepOfPresent =
         0.0; // length of the step that led to the present state: its a lags by alpha times this
-    bool hasPrevious = false;
+    unsigned numOfPast = 0;    // states before the present one on which a guess may build: 0 to 2
     double step = 0.0;         // length of the step in work
     double c1 = 0.0, c2 = 0.0; // of the step in work
     double stepOfMatrix = 0.0; // length of the step for which the matrix was made; 0 without a matrix
