@@ -29,11 +29,9 @@ Diagnostics::Diagnostics(const HHTSystem* equations, IO_DataModel* input)
 std::string Diagnostics::getForcesOnBody(unsigned body) const {
     const IO_DataModelBlock* block = dataModel->getBlock("Body", body);
     std::string names;
-    for (unsigned i = 0; block && i < dataModel->getNumOfBlocks("Force"); ++i) {
-        IO_DataModelBlock& force = *dataModel->getBlock("Force", i);
-        if (actsOnBody(force, block->uuid))
-            names += fmt::format("{}<{}> ({})", names.empty() ? "" : ", ", force.uuid, force.type);
-    }
+    for (IO_DataModelBlock* force : dataModel->getBlocksOfKind("Force"))
+        if (block && actsOnBody(*force, block->uuid))
+            names += fmt::format("{}<{}> ({})", names.empty() ? "" : ", ", force->uuid, force->type);
     return names.empty() ? "No force acts there." : "Forces that act there: " + names + ".";
 }
 

@@ -27,17 +27,16 @@ EnergyBalance::EnergyBalance(HHTSystem* equations, IO_DataModel* dataModel)
 }
 
 void EnergyBalance::readGravity(IO_DataModel& dataModel) {
-    for (unsigned i = 0; i < dataModel.getNumOfBlocks("Force"); ++i) {
-        IO_DataModelBlock& block = *dataModel.getBlock("Force", i);
-        if (block.type != "Gravity")
+    for (IO_DataModelBlock* block : dataModel.getBlocksOfKind("Force")) {
+        if (block->type != "Gravity")
             continue;
         double activationTime = 0.0;
-        if (block.isKeyInBlock("ActivationTime"))
-            block.getValue("ActivationTime", &activationTime, IO_ValueCode::Double);
+        if (block->isKeyInBlock("ActivationTime"))
+            block->getValue("ActivationTime", &activationTime, IO_ValueCode::Double);
         if (activationTime > 0.0)
             continue;
         Vector3 acceleration = {};
-        block.getValue("GravityAccVector", acceleration.data(), IO_ValueCode::DoubleVector3);
+        block->getValue("GravityAccVector", acceleration.data(), IO_ValueCode::DoubleVector3);
         for (unsigned k = 0; k < 3; ++k)
             gravity[k] += acceleration[k];
     }
@@ -47,9 +46,9 @@ bool EnergyBalance::isFreeOfOutsideForces(IO_DataModel& dataModel) const {
     const MBS_Model& model = *system->getModel();
     if (model.getNumOfExternalForces() > 0 || model.getNumOfFlexBodies() > 0)
         return false;
-    for (unsigned i = 0; i < dataModel.getNumOfBlocks("Constraint"); ++i) {
+    for (IO_DataModelBlock* block : dataModel.getBlocksOfKind("Constraint")) {
         std::vector<std::string> bodies;
-        dataModel.getBlock("Constraint", i)->getValue("BodyIDs", &bodies);
+        block->getValue("BodyIDs", &bodies);
         if (bodies.size() < 2 || std::find(bodies.begin(), bodies.end(), "0") != bodies.end())
             return false;
     }

@@ -52,8 +52,7 @@ EquationNames::EquationNames(const MBS_Model* multibodyModel, IO_DataModel* inpu
 }
 
 void EquationNames::collectConstraints() {
-    for (unsigned i = 0; i < dataModel->getNumOfBlocks("Constraint"); ++i) {
-        IO_DataModelBlock* block = dataModel->getBlock("Constraint", i);
+    for (IO_DataModelBlock* block : dataModel->getBlocksOfKind("Constraint")) {
         if (block->type != "Generic") {
             sources.push_back({block, ""});
             continue;

@@ -28,4 +28,12 @@ IO_DataModelBlock* IO_DataModel::getBlock(std::string kind, unsigned index) cons
     return nullptr;
 }
 
+std::vector<IO_DataModelBlock*> IO_DataModel::getBlocksOfKind(const std::string& kind) const {
+    std::vector<IO_DataModelBlock*> found;
+    for (std::size_t i = 0; i < blockKinds.size(); ++i)
+        if (blockKinds[i] == kind && blocks[i])
+            found.push_back(blocks[i].get());
+    return found;
+}
+
 } // namespace velmora

@@ -22,6 +22,9 @@ class VELMORA_EXPORT IO_DataModel {
     unsigned getNumOfBlocks(std::string kind) const;
     /// The index-th block of a kind in input order; null if there are fewer.
     IO_DataModelBlock* getBlock(std::string kind, unsigned index) const;
+    /// All blocks of a kind in input order, not owned. One walk over the blocks, as each of the two above
+    /// takes.
+    std::vector<IO_DataModelBlock*> getBlocksOfKind(const std::string& kind) const;
 
     std::string modelName;
     std::vector<std::string> blockKinds;                    ///< parallel to `blocks`
