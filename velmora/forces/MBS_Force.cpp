@@ -25,20 +25,28 @@ void MBS_Force::updateMatricesForJacobian(double t, const P* q, const P* qd, con
     }
 }
 
+void MBS_Force::refuse(const IO_DataModelBlock& block, const std::string& text) {
+    std::string prefix;
+    block.getErrorString(&prefix);
+    appendErrorString(prefix + text);
+}
+
+void MBS_Force::takeMeasures(const std::vector<MBS_Measure*>& measures) {
+    dependencyMeasures = measures;
+    numOfDependencyMeasures = static_cast<unsigned>(measures.size());
+}
+
 MBS_Body* MBS_Force::findBody(const IO_DataModelBlock& block, const MBS_ModelLookUp& lookUp,
                               const std::vector<std::string>& ids, unsigned n, const std::string& role,
                               bool anyKind) {
     const std::string id = n < ids.size() ? ids[n] : std::string();
-    std::string prefix;
-    block.getErrorString(&prefix);
     MBS_Body* found = lookUp.getBodyByUUID(id);
     if (!found) {
-        appendErrorString(prefix + role + " not found using bodyID: " + id + "!\n");
+        refuse(block, role + " not found using bodyID: " + id + "!\n");
         return nullptr;
     }
     if (!anyKind && found->getClassName() != "MBS_RigidBody_EulerP_PAI") {
-        appendErrorString(prefix + "Supplied body using bodyID: " + id +
-                          " is not of type MBS_RigidBody_EulerP_PAI!\n");
+        refuse(block, "Supplied body using bodyID: " + id + " is not of type MBS_RigidBody_EulerP_PAI!\n");
         return nullptr;
     }
     return found;

@@ -13,6 +13,7 @@ namespace velmora {
 
 class MBS_Body;
 class MBS_BodyCommons;
+class MBS_Measure;
 class MBS_ModelConstraintDofVector;
 class MBS_ModelLookUp;
 
@@ -75,9 +76,14 @@ class MBS_Force : public MBS_ModelObject {
     /// Adds the derivative of the force with respect to the parameter with this label.
     virtual void addExternalForcesDPar(double, const P*, const P*, const P*, const std::string&, P*) {}
 
-    std::vector<JacobianEntry> jacobianEntries; ///< settled at construction
+    std::vector<JacobianEntry> jacobianEntries;   ///< settled at construction
+    std::vector<MBS_Measure*> dependencyMeasures; ///< that the force reads; not owned
+    unsigned numOfDependencyMeasures = 0;
 
   protected:
+    /// Reports this text behind the block's own.
+    void refuse(const IO_DataModelBlock& block, const std::string& text);
+    void takeMeasures(const std::vector<MBS_Measure*>& measures);
     /// Body of the n-th ID of "BodyIDs", which must be rigid unless `anyKind`; reports and gives null
     /// otherwise. `role` begins the messages: "Body", "Body1", "Body2".
     MBS_Body* findBody(const IO_DataModelBlock& block, const MBS_ModelLookUp& lookUp,
