@@ -1,7 +1,7 @@
 #pragma once
 
 #include "velmora/bodies/RotationAlgebra.h"
-#include "velmora/forces/MBS_Force.h"
+#include "velmora/model/MBS_GeneralBodyBodyMatrix.h"
 
 /// \file
 /// How the derivative D of a vector load fills the block of a row body: D = d(f)/dx of a force at a point, or
@@ -31,33 +31,15 @@ inline void setTorqueRows(MBS_GeneralBodyBodyMatrix& target, const Mat<3, 7>& D,
     rotColumns(turned).to(target.block[Rot][Rot]->data);
 }
 
+/// Leaves the places that a torque's block has: those of the rotational rows.
+inline void keepTorqueRows(MBS_GeneralBodyBodyMatrix& target) {
+    target.deleteBlock(Trans, Trans);
+    target.deleteBlock(Trans, Rot);
+}
+
 /// Adds the part that comes from the row body's own rotation at a constant load.
 inline void addOwnRotation(MBS_GeneralBodyBodyMatrix& target, const Mat4& part) {
     part.addTo(target.block[Rot][Rot]->data);
 }
-
-/// Root of the derivative blocks of a load of class `Load`, whose `updateColumn` fills all blocks of a
-/// column.
-template <class Load, class Root>
-class LoadBlock : public Root {
-  public:
-    using P = MBS_ModelPhysicalDofVector;
-    using C = MBS_ModelConstraintDofVector;
-
-    /// `ownColumn`: place of the column body among the bodies that the load depends on.
-    LoadBlock(Load& owner, const MBS_Body& rowBody, const MBS_Body& colBody, std::size_t ownColumn)
-        : Root(rowBody, colBody),
-          load(&owner),
-          column(ownColumn) {}
-    /// Refreshes all blocks of this column.
-    void updateForBody(double t, const P* q, const P* qd, const P* qdd, const C* multipliers,
-                       unsigned) override {
-        load->updateColumn(t, q, qd, qdd, multipliers, column);
-    }
-
-  private:
-    Load* load; // not owned
-    std::size_t column;
-};
 
 } // namespace velmora

@@ -31,11 +31,6 @@ void MBS_Force::refuse(const IO_DataModelBlock& block, const std::string& text) 
     appendErrorString(prefix + text);
 }
 
-void MBS_Force::takeMeasures(const std::vector<MBS_Measure*>& measures) {
-    dependencyMeasures = measures;
-    numOfDependencyMeasures = static_cast<unsigned>(measures.size());
-}
-
 MBS_Body* MBS_Force::findBody(const IO_DataModelBlock& block, const MBS_ModelLookUp& lookUp,
                               const std::vector<std::string>& ids, unsigned n, const std::string& role,
                               bool anyKind) {

@@ -83,7 +83,6 @@ class MBS_Force : public MBS_ModelObject {
   protected:
     /// Reports this text behind the block's own.
     void refuse(const IO_DataModelBlock& block, const std::string& text);
-    void takeMeasures(const std::vector<MBS_Measure*>& measures);
     /// Body of the n-th ID of "BodyIDs", which must be rigid unless `anyKind`; reports and gives null
     /// otherwise. `role` begins the messages: "Body", "Body1", "Body2".
     MBS_Body* findBody(const IO_DataModelBlock& block, const MBS_ModelLookUp& lookUp,

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "velmora/bodies/MBS_Body.h"
+#include "velmora/forces/ExpressionLoad.h"
+#include "velmora/forces/MBS_Force.h"
+
+namespace velmora {
+
+/// Force or torque of an expression, over the root of single-body or body-body forces. Its blocks stand in
+/// the order of the load's columns.
+template <class Root>
+class ExpressionForce : public Root {
+  public:
+    using P = MBS_ModelPhysicalDofVector;
+    using C = MBS_ModelConstraintDofVector;
+
+    using Root::Root;
+
+    void addExternalForces(double t, const P* q, const P* qd, const P*, P* Q) override {
+        load->evaluate(t, q, qd);
+        addLoad(load->vector(), q, Q);
+    }
+    void updateMatricesForJacobian(double t, const P* q, const P* qd, const P* qdd) override {
+        for (std::size_t k = 0; k < load->columns.size(); ++k)
+            updateColumn(t, q, qd, qdd, nullptr, k);
+    }
+    /// Overwrites what result data show; the force has to be evaluated again before these, and before the
+    /// blocks.
+    void addExternalForcesDPar(double t, const P* q, const P* qd, const P*, const std::string& parameter,
+                               P* Q) override {
+        if (Vec3 derivative; load->parameterDerivative(t, q, qd, parameter, derivative))
+            addLoad(derivative, q, Q);
+    }
+    /// Refreshes all blocks of the k-th column of the load, at the state of the last evaluation.
+    virtual void updateColumn(double t, const P* q, const P* qd, const P* qdd, const C* multipliers,
+                              std::size_t k) = 0;
+
+    std::unique_ptr<ExpressionLoad> load; ///< null if a key is faulty
+
+  protected:
+    /// Adds the generalised forces of this vector to Q.
+    virtual void addLoad(const Vec3& vector, const P* q, P* Q) = 0;
+    void setLoad(std::unique_ptr<ExpressionLoad> newLoad) {
+        load = std::move(newLoad);
+        this->dependencyMeasures = load->measures();
+        this->numOfDependencyMeasures = static_cast<unsigned>(this->dependencyMeasures.size());
+    }
+    /// Makes the blocks that the k-th column calls for, with the rows of a body of the force.
+    template <class Qe_q, class Qe_qd>
+    void addBlocks(const MBS_Body& row, std::size_t k) {
+        const ExpressionLoad::Column& column = load->columns[k];
+        this->jacobianEntries.push_back({row.bodyIndex, column.body->bodyIndex, nullptr, nullptr});
+        auto& entry = this->jacobianEntries.back();
+        entry.qeQ = std::make_unique<Qe_q>(*this, row, *column.body, k);
+        if (column.needsQd)
+            entry.qeQd = std::make_unique<Qe_qd>(*this, row, *column.body, k);
+    }
+};
+
+/// Root of the derivative blocks of such a force.
+template <class Root, class ForceRoot>
+class ExpressionForceBlock : public Root {
+  public:
+    using P = MBS_ModelPhysicalDofVector;
+    using C = MBS_ModelConstraintDofVector;
+
+    ExpressionForceBlock(ExpressionForce<ForceRoot>& owner, const MBS_Body& rowBody, const MBS_Body& colBody,
+                         std::size_t ownColumn)
+        : Root(rowBody, colBody),
+          force(&owner),
+          column(ownColumn) {}
+    /// Refreshes all blocks of this column.
+    void updateForBody(double t, const P* q, const P* qd, const P* qdd, const C* multipliers,
+                       unsigned) override {
+        force->updateColumn(t, q, qd, qdd, multipliers, column);
+    }
+
+  private:
+    ExpressionForce<ForceRoot>* force; // not owned
+    std::size_t column;
+};
+
+using SingleLoadBlock = ExpressionForceBlock<MBS_SingleBodyForce_Qe_X, MBS_SingleBodyForce>;
+using PairLoadBlock = ExpressionForceBlock<MBS_BodyBodyForce_Qe_X, MBS_BodyBodyForce>;
+
+} // namespace velmora
