@@ -27,11 +27,12 @@ ALLOWED = {
     "matrix": ["platform", "io"],
     "model": ["platform", "io", "matrix"],
     "bodies": ["platform", "io", "matrix", "model"],
-    "constraints": ["platform", "io", "matrix", "model", "bodies"],
-    "forces": ["platform", "io", "matrix", "model", "bodies"],
+    "measures": ["platform", "io", "matrix", "model", "bodies"],
+    "constraints": ["platform", "io", "matrix", "model", "bodies", "measures"],
+    "forces": ["platform", "io", "matrix", "model", "bodies", "measures"],
     "global_matrix": ["platform", "io", "matrix", "model", "bodies", "constraints", "forces"],
-    "results": ["platform", "io", "matrix", "model", "bodies", "constraints", "forces"],
-    "model/internal": ["platform", "io", "matrix", "model", "bodies", "constraints", "forces",
+    "results": ["platform", "io", "matrix", "model", "bodies", "measures", "constraints", "forces"],
+    "model/internal": ["platform", "io", "matrix", "model", "bodies", "measures", "constraints", "forces",
                        "global_matrix", "results"],
 }
 KERNEL = "velmora"
