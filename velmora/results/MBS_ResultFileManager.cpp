@@ -7,6 +7,7 @@
 #include "velmora/model/MBS_ModelLookUp.h"
 #include "velmora/results/MBS_BodyResultFileWriters.h"
 #include "velmora/results/MBS_ConstraintResultFileWriters.h"
+#include "velmora/results/MBS_ForceResultFileWriter.h"
 
 #include <algorithm>
 #include <array>
@@ -49,7 +50,7 @@ constexpr FileKind fileKinds[] = {
     {"WriteStateResultFile", "srf", always, make<MBS_StateResultFileWriter>},
     {"WriteVelocityResultFile", "vrf", always, make<MBS_VelocityResultFileWriter>},
     {"WriteAccelerationResultFile", "arf", always, make<MBS_AccelerationResultFileWriter>},
-    {"WriteForceResultFile", "frf", hasForceBesideGravity, nullptr},
+    {"WriteForceResultFile", "frf", hasForceBesideGravity, make<MBS_ForceResultFileWriter>},
     {"WriteConstraintForceResultFile", "crf", always, make<MBS_ConstraintResultFileWriter>},
     {"WriteExtConstraintLagrangeResultFile", "lrf", always, make<MBS_ExtConstraintsLagrangeResultFileWriter>},
     {"WriteMeasureResultFile", "mrf", hasMeasures, nullptr},

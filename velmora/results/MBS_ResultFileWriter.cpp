@@ -52,8 +52,13 @@ void MBS_ResultFileWriter::writeHeader() {
          {separator, std::string("Velmora Version"), separator, versionText,
           std::string(
               "Results of a multibody simulation; lengths, times and masses in the units of the model."),
-          separator, std::string("Header"), separator, modelName, currentTimeText(), title(), separator,
-          std::string("Topology"), separator})
+          separator, std::string("Header"), separator, modelName, currentTimeText(), title(), separator})
+        writeLine(line);
+    std::vector<std::string> section = preamble();
+    if (!section.empty())
+        section.push_back(separator);
+    section.insert(section.end(), {"Topology", separator});
+    for (const std::string& line : section)
         writeLine(line);
     const std::vector<std::string> uuids = topology();
     for (std::size_t i = 0; i < uuids.size(); ++i) {

@@ -39,6 +39,8 @@ class MBS_ResultFileWriter : public IO_FileIO {
   protected:
     /// Title line of the file.
     virtual std::string title() const { return {}; }
+    /// Lines of a section of its own behind the title; none for most files.
+    virtual std::vector<std::string> preamble() const { return {}; }
     /// UUIDs of the objects that each record describes, in order.
     virtual std::vector<std::string> topology() const { return {}; }
     /// Numbers, each with a blank behind it.
