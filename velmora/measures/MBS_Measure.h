@@ -1,5 +1,6 @@
 #pragma once
 
+#include "velmora/matrix/FixedSize.h"
 #include "velmora/model/MBS_ModelObject.h"
 
 #include <span>
@@ -57,6 +58,15 @@ class MBS_Measure : public MBS_ModelObject {
   protected:
     /// Appends a body and its commons.
     void addBody(MBS_Body& body);
+    /// Reports the block's text with the message behind it.
+    void refuse(const IO_DataModelBlock& block, const std::string& message);
+    /// Reads an optional flag; false without it.
+    static bool readFlag(IO_DataModelBlock& block, const std::string& key);
+
+    /// Point of the initial configuration in the frame of a body.
+    static Vec3 toLocalPoint(const MBS_Body& body, const Vec3& point);
+    /// Direction of the initial configuration in the frame of a body.
+    static Vec3 toLocalAxis(const MBS_Body& body, const Vec3& axis);
 };
 
 } // namespace velmora
