@@ -56,6 +56,16 @@ struct SimulationSection {
     bool refuseRedundant = false; ///< redundant = "error"
 };
 
+/// One [[Change]]: keys that a data object takes at a time of the run.
+struct ModelChange {
+    double time = 0.0;
+    unsigned line = 0; ///< of the change's head
+    std::string uuid;  ///< of the data object
+    std::vector<KeyPlace> keys;
+    std::vector<std::string> texts;           ///< values of these keys
+    std::shared_ptr<IO_DataModelBlock> block; ///< the object's block with these values; null if there is none
+};
+
 /// A model file as it was read. The data model is complete as far as the findings allow.
 struct ModelFile {
     std::string fileName;
@@ -63,6 +73,7 @@ struct ModelFile {
     std::unique_ptr<IO_DataModel> dataModel;
     std::vector<BlockPlace> places;
     SimulationSection simulation;
+    std::vector<ModelChange> changes; ///< in rising order of time
     std::vector<std::pair<std::string, std::string>>
         resultKeys;           ///< section [results], as texts for the kernel
     unsigned resultsLine = 0; ///< on which the table after [results] begins, or the last; 0 without [results]

@@ -1,5 +1,6 @@
 #include "driver/ModelFile.h"
 
+#include "driver/ModelChanges.h"
 #include "driver/ModelSections.h"
 #include "driver/NearName.h"
 #include "driver/TomlValues.h"
@@ -75,6 +76,7 @@ class DocumentReader {
         std::ranges::stable_sort(blocks, {}, &BlockSource::line);
         for (const BlockSource& block : blocks)
             addBlock(block);
+        completeChanges(file);
     }
 
   private:
@@ -114,13 +116,13 @@ unsigned DocumentReader::getLineOfNextHead(unsigned line) const {
 }
 
 void DocumentReader::readRootEntry(const TableEntry& entry) {
-    if (std::ranges::find(kinds, entry.key) != kinds.end())
+    if (entry.key == "Change" || std::ranges::find(kinds, entry.key) != kinds.end())
         return readKind(entry);
     if (entry.key == "model" || entry.key == "simulation" || entry.key == "results")
         return readSection(entry);
     if (!entry.value->is_table() && !entry.value->is_array_of_tables())
         return report(entry.line, fmt::format("key <{}> stands outside of every section", entry.key));
-    std::vector<std::string> names{"model", "simulation", "results"};
+    std::vector<std::string> names{"model", "simulation", "results", "Change"};
     names.insert(names.end(), kinds.begin(), kinds.end());
     report(entry.line, fmt::format("unknown section <{}>{}", entry.key, suggestNearName(entry.key, names)));
 }
@@ -145,7 +147,10 @@ void DocumentReader::readKind(const TableEntry& entry) {
         return report(entry.line, fmt::format("{}: {} where a block belongs; a block begins with [[{}]]",
                                               entry.key, describe(*entry.value), entry.key));
     for (const toml::node& element : *entry.value->as_array())
-        blocks.push_back({entry.key, element.source().begin.line, element.as_table()});
+        if (entry.key == "Change")
+            readChange(*element.as_table(), file);
+        else
+            blocks.push_back({entry.key, element.source().begin.line, element.as_table()});
 }
 
 /// The text under one of the keys that every block has; empty if it isn't given or isn't a text.

@@ -16,7 +16,8 @@ namespace velmora::driver {
 
 namespace {
 
-SimulationSettings makeSettings(const Options& options, const SimulationSection& section) {
+SimulationSettings makeSettings(const Options& options, const ModelFile& file) {
+    const SimulationSection& section = file.simulation;
     SimulationSettings settings;
     settings.endTime = options.endTime.value_or(section.endTime.value_or(0.0));
     settings.step = section.step;
@@ -25,6 +26,8 @@ SimulationSettings makeSettings(const Options& options, const SimulationSection&
     settings.alpha = section.alpha;
     settings.startCorrectionLimit = section.startCorrectionLimit;
     settings.refuseRedundant = section.refuseRedundant;
+    for (const ModelChange& change : file.changes)
+        settings.changes.push_back({change.time, change.block});
     return settings;
 }
 
@@ -78,7 +81,7 @@ int runModel(const Options& options) {
         return loaded.exitCode;
     if (!makeResultDirectory(loaded.output->directory))
         return WrongUsage;
-    const SimulationSettings settings = makeSettings(options, loaded.file->simulation);
+    const SimulationSettings settings = makeSettings(options, *loaded.file);
     const auto resultBlock = makeResultBlock(*loaded.file, settings.endTime);
     std::unique_ptr<MBS_ResultFileManager> results(loaded.model->createResultFileManager(resultBlock.get()));
     if (loaded.model->isErrorOccured())

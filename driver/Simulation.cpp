@@ -74,6 +74,8 @@ class Simulation::Impl {
     bool retreat(StepResult result, const Plan& plan);
     void adaptStep(const Plan& plan);
     void finishStep(const Plan& plan);
+    bool applyChanges();
+    bool beginAnew(double length);
     void writeResults();
     bool failForAccuracy(const Plan& plan);
     bool fail(StepResult result, const HHTState& state, double length);
@@ -95,6 +97,7 @@ class Simulation::Impl {
     RunOutcome outcome;
     double wantedStep = 0.0;
     bool hasJustFailed = false;
+    std::size_t numOfChangesDone = 0;
     bool hasChosenOthers = false; // equations to leave out, since the last accepted step
 };
 
@@ -126,6 +129,8 @@ std::string Simulation::Impl::findErrorBeforeStart() const {
 }
 
 bool Simulation::Impl::start() {
+    if (!applyChanges())
+        return false;
     ConsistentStart consistentStart(system.get(), names.get(), redundancy.get(), settings);
     StepResult result = consistentStart.run(integrator->getState());
     outcome.start = consistentStart.getReport();
@@ -165,8 +170,37 @@ bool Simulation::Impl::advance() {
             violation.size > std::max(largestViolation, settings.tolerance))
             return failForViolation(violation);
         finishStep(plan);
+        const std::size_t before = numOfChangesDone;
+        if (!applyChanges() || (numOfChangesDone > before && !beginAnew(wantedStep)))
+            return false;
     }
     return true;
+}
+
+/// What is due by now; false if the model can't take it.
+bool Simulation::Impl::applyChanges() {
+    const double now = outcome.timeReached + sameTime * settings.step;
+    for (; numOfChangesDone < settings.changes.size(); ++numOfChangesDone) {
+        const ScheduledChange& change = settings.changes[numOfChangesDone];
+        if (change.time > now)
+            return true;
+        model->modifyModelElement(change.block.get());
+        if (!model->isErrorOccured())
+            continue;
+        outcome.diagnostic = fmt::format("Time {:.9g}: The change of <{}> can't be made:{}",
+                                         outcome.timeReached, change.block->uuid, model->getErrorString());
+        return false;
+    }
+    return true;
+}
+
+/// Accelerations and multipliers jump where the model changes.
+bool Simulation::Impl::beginAnew(double length) {
+    HHTState& state = integrator->getState();
+    StepResult result = system->solveForAccelerations(state);
+    if (result == StepResult::Converged)
+        result = integrator->start(length);
+    return result == StepResult::Converged || fail(result, state, length);
 }
 
 Simulation::Impl::Plan Simulation::Impl::planFixedStep() const {
@@ -188,6 +222,8 @@ Simulation::Impl::Plan Simulation::Impl::planStep() const {
     // Rounding may put the last output just before the end; a step between them would be all rounding.
     if (nextOutput > t + shortest && nextOutput < target - shortest)
         target = nextOutput;
+    if (numOfChangesDone < settings.changes.size())
+        target = std::min(target, std::max(settings.changes[numOfChangesDone].time, t + shortest));
     const double rest = target - t;
     if (wantedStep >= rest * (1.0 - sameTime))
         return {target, rest, rest < wantedStep};

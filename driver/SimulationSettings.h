@@ -1,13 +1,24 @@
 #pragma once
 
 #include <array>
+#include <memory>
 #include <string>
 #include <vector>
+
+namespace velmora {
+class IO_DataModelBlock;
+} // namespace velmora
 
 namespace velmora::driver {
 
 /// The alpha nearest to 0 that steps of controlled length take: a varying step feeds what is damped less.
 constexpr double weakestDamping = -0.01;
+
+/// A block that an object of the model takes at a time of the run.
+struct ScheduledChange {
+    double time = 0.0;
+    std::shared_ptr<IO_DataModelBlock> block;
+};
 
 /// What a run needs to be told. Times in seconds.
 struct SimulationSettings {
@@ -21,6 +32,9 @@ struct SimulationSettings {
     /// metric of the masses, velocities may be changed to fulfil the constraints.
     double startCorrectionLimit = 1e-3;
     bool refuseRedundant = false; ///< redundant constraint equations end the run instead of being left out
+    /// In rising order of time. A step ends where a change is due; a fixed step takes up what has become due
+    /// at its end. Results at the time of a change still show the state before it.
+    std::vector<ScheduledChange> changes;
 };
 
 /// How the initial state was made consistent with the constraints.
