@@ -73,8 +73,46 @@ class ModelText:
             "type": "Gear", "uuid": uuid, "BodyIDs": bodies, "VectorBody1": axis1, "VectorBody2": axis2,
             "Multiplier": multiplier, "LocationBody1": locations[0], "LocationBody2": locations[1]})
 
-    def gravity(self, acceleration):
-        self.add("[[Force]]", {"type": "Gravity", "uuid": "gravity", "GravityAccVector": acceleration})
+    def gravity(self, acceleration, activation_time=None):
+        keys = {"type": "Gravity", "uuid": "gravity", "GravityAccVector": acceleration}
+        if activation_time is not None:
+            keys["ActivationTime"] = activation_time
+        self.add("[[Force]]", keys)
+
+    def translation(self, uuid, bodies, coordinate, mode, points):
+        """Measure of a position ("disp") or speed ("vel"), along an axis or of the distance ("XYZ")."""
+        self.add("[[Measure]]", {
+            "type": "Translational", "uuid": uuid, "BodyIDs": bodies, "MeasureCoordinate": coordinate,
+            "MeasureMode": mode, "MeasureLocation_Body1": points[0], "MeasureLocation_Body2": points[1]})
+
+    def rotation(self, uuid, bodies, coordinate, vector, plane, from_start=False):
+        """Measure of an angle ("Angle") or its rate ("AngleVel") in a plane given by two axes."""
+        keys = {"type": "Rotational", "uuid": uuid, "BodyIDs": bodies, "MeasureCoordinate": coordinate,
+                "MeasureVec": vector, "MeasurePlaneVec1": plane[0], "MeasurePlaneVec2": plane[1]}
+        if from_start:
+            keys["UseInitialValueAsOffset"] = True
+        self.add("[[Measure]]", keys)
+
+    def force(self, uuid, bodies, expression, points, direction=None):
+        """Along the line between the points, or a direction of space."""
+        keys = {"type": "GenericForce", "uuid": uuid, "BodyIDs": bodies, "ForceExpression": expression,
+                "PointOfApplication_Body1": points[0], "PointOfApplication_Body2": points[1]}
+        keys |= ({"ForceDirectionType": "SpaceFixed", "ForceDirection": direction} if direction
+                 else {"ForceDirectionType": "In-line-of-sight"})
+        self.add("[[Force]]", keys)
+
+    def torque(self, uuid, bodies, expression, axis):
+        """About an axis of space."""
+        self.add("[[Force]]", {
+            "type": "GenericTorque", "uuid": uuid, "BodyIDs": bodies, "TorqueExpression": expression,
+            "AxisType": "SpaceFixed", "Axis": axis})
+
+    def motion(self, uuid, bodies, measure, expression, activation_period, point):
+        """Lets a measure follow a function of time; between a body and the ground."""
+        self.add("[[Constraint]]", {
+            "type": "TimeMotion", "uuid": uuid, "BodyIDs": bodies, "Measure": measure,
+            "MotionExpression": expression, "ActivationPeriod": activation_period,
+            "PointOfApplication_Body1": point})
 
     def text(self):
         return "\n".join(self.lines) + "\n"

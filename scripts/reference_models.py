@@ -13,7 +13,8 @@ from model_text import BALL, HINGE_Z, UNIT, ModelText, cross, frame_with_z, turn
 
 TILT = math.radians(40.0)
 STEADY_PRECESSION = 1.30507865167933  # rad/s, slow root of I1 cos(theta) w^2 - J3 spin w + m g l = 0
-GEAR_RATIO, PINION, WHEEL, WEIGHT, LEVER, GRAVITY = 40.0, 2e-4, 0.04, 2.0, 0.3, 9.81
+X, Y, Z = UNIT
+ORIGIN = (0, 0, 0)
 
 
 def multiply(axes, vector):
@@ -79,14 +80,104 @@ def planar_chain(simulation, results):
 
 
 def gears(simulation, results):
-    """A wheel with a weight swings through half a turn and drives a small pinion over 20 turns to and fro."""
+    """A motor drives a pinion of ratio 1:3, a brake on the wheel holds against it: 30 turns of the pinion."""
     model = ModelText("gear pair", simulation, results)
-    model.body("pinion", 0.1, (PINION, PINION, PINION), (-0.5, 0, 0))
-    model.body("wheel", WEIGHT, (WHEEL, WHEEL, WHEEL), (LEVER, 0, 0))
+    model.body("pinion", 1.0, (0.02, 0.02, 0.02), (-0.5, 0, 0))
+    model.body("wheel", 1.0, (0.18, 0.18, 0.18), ORIGIN)
     model.joint("pinion-shaft", ("pinion", "0"), (-0.5, 0, 0), HINGE_Z)
-    model.joint("wheel-shaft", ("wheel", "0"), (0, 0, 0), HINGE_Z)
-    model.gear("teeth", ("pinion", "wheel"), (0, 0, 1), (0, 0, 1), (1.0, GEAR_RATIO), ((-0.5, 0, 0), (0, 0, 0)))
-    model.gravity((0, -GRAVITY, 0))
+    model.joint("wheel-shaft", ("wheel", "0"), ORIGIN, HINGE_Z)
+    model.gear("teeth", ("pinion", "wheel"), Z, Z, (1.0, 3.0), ((-0.5, 0, 0), ORIGIN))
+    model.rotation("speed", ("wheel", "0"), "AngleVel", X, (X, Y))
+    model.torque("motor", ("pinion", "0"), "2", Z)
+    model.torque("brake", ("wheel", "0"), "-0.9 * meaval[speed]", Z)
+    return model.text()
+
+
+def two_body_spring(simulation, results, damping):
+    """Two free bodies on a spring and a damper along the line of their centres."""
+    model = ModelText("two bodies on a spring", simulation, results)
+    centers = ORIGIN, (0.48, 0, 0.64)
+    model.body("first", 1.5, (1, 1, 1), centers[0], velocity=(0.3, -1.2, 0))
+    model.body("second", 2.5, (1, 1, 1), centers[1], velocity=(0.1, 1.0, 0.2))
+    bodies = "first", "second"
+    model.translation("distance", bodies, "XYZ", "disp", centers)
+    model.translation("rate", bodies, "XYZ", "vel", centers)
+    model.force("spring", bodies, f"200 * (meaval[distance] - 0.5) + {damping} * meaval[rate]", centers)
+    return model.text()
+
+
+def controlled_pendulum(simulation, results):
+    """A torque in proportion to angle and speed lets a pendulum follow a wave."""
+    model = ModelText("controlled pendulum", simulation, results)
+    model.body("bar", 2.0, (0.06, 0.06, 0.06), (0, -0.35, 0))
+    model.joint("hinge", ("bar", "0"), ORIGIN, HINGE_Z)
+    plane = (0, -1, 0), X
+    model.rotation("theta", ("bar", "0"), "Angle", (0, -1, 0), plane)
+    model.rotation("omega", ("bar", "0"), "AngleVel", (0, -1, 0), plane)
+    model.torque("controller", ("bar", "0"),
+                 "-18 * (meaval[theta] - (0.8 + 0.4 * sin(2 * simtime[]))) - 2.5 * meaval[omega]", Z)
+    model.gravity((0, -9.81, 0))
+    return model.text()
+
+
+def gravity_ramp(simulation, results):
+    """A mass on a spring and a damper, on which gravity comes up in 1.5 s."""
+    model = ModelText("mass under rising gravity", simulation, results)
+    model.body("mass", 2.0, (1, 1, 1), ORIGIN)
+    model.joint("guide", ("mass", "0"), ORIGIN, ("dy", "dz", "ax", "ay", "az"))
+    model.translation("x", ("mass", "0"), "X", "disp", (ORIGIN, ORIGIN))
+    model.translation("v", ("mass", "0"), "X", "vel", (ORIGIN, ORIGIN))
+    model.force("spring", ("mass", "0"), "-180 * meaval[x] - 3 * meaval[v]", (ORIGIN, ORIGIN), X)
+    model.gravity((-9.81, 0, 0), activation_time=1.5)
+    return model.text()
+
+
+def prescribed_rotor(simulation, results):
+    """An unbalanced rotor whose angle is a function of time: what the bearing and the drive bear."""
+    model = ModelText("unbalanced rotor", simulation, results)
+    axes = tuple(multiply(turned_about_z(0.3), axis) for axis in turned_about_x(0.4))
+    model.body("rotor", 4.0, (0.05, 0.08, 0.11), (0.02, -0.01, 0.15), axes)
+    model.joint("bearing", ("rotor", "0"), ORIGIN, HINGE_Z)
+    model.rotation("angle", ("rotor", "0"), "Angle", X, (X, Y), from_start=True)
+    model.motion("drive", ("rotor", "0"), "angle", "5 * simtime[] + 0.4 * sin(6 * simtime[])", 0.5, ORIGIN)
+    model.gravity((0, -9.81, 0))
+    return model.text()
+
+
+def prescribed_slider_crank(simulation, results):
+    """The angle of the crank is a function of time: what the motor and the pins bear."""
+    model = ModelText("slider-crank with given crank angle", simulation, results)
+    crank, rod = turned_about_z(math.radians(30)), turned_about_z(-math.asin(0.15 * 0.5 / 0.4))
+    pin, end = multiply(crank, (0.15, 0, 0)), (0.15 * math.cos(math.radians(30)) + 0.4 * rod[0][0], 0.0, 0.0)
+    model.body("crank", 0.6, (1.2e-3, 1.2e-3, 1.2e-3), multiply(crank, (0.06, 0, 0)), crank)
+    model.body("rod", 0.9, (1.3e-2, 1.3e-2, 1.3e-2), add(pin, multiply(rod, (0.16, 0, 0))), rod)
+    model.body("slider", 1.4, (1e-3, 1e-3, 1e-3), end)
+    model.joint("pivot", ("crank", "0"), ORIGIN, HINGE_Z)
+    model.joint("crank-pin", ("rod", "crank"), pin, HINGE_Z)
+    model.joint("guide", ("slider", "0"), end, ("dy", "dz", "ax", "ay", "az"))
+    model.joint("slider-pin", ("rod", "slider"), end, ("dx", "dy"))
+    model.rotation("angle", ("crank", "0"), "Angle", X, (X, Y), from_start=True)
+    model.motion("motor", ("crank", "0"), "angle", "10 * simtime[] + 0.3 * sin(8 * simtime[])", 0.25, ORIGIN)
+    model.gravity((0, -9.81, 0))
+    return model.text()
+
+
+def spring_test(simulation, results, start, expression, rotational=False, direction=None):
+    """One body of 1 kg on a spring and a damper to the ground, let go from rest."""
+    model = ModelText("spring test", simulation, results)
+    model.body("body", 1.0, (0.04, 0.1, 0.1), start, UPRIGHT if rotational else UNIT)
+    bodies = "body", "0"
+    if rotational:
+        model.joint("joint", bodies, ORIGIN, HINGE_Z, UPRIGHT)
+        model.rotation("angle", bodies, "Angle", X, (X, (0, 0, -1)))
+        model.rotation("rate", bodies, "AngleVel", X, (X, (0, 0, -1)))
+        model.torque("spring", bodies, expression, Y)
+    else:
+        axis = "Z" if direction else "XYZ"
+        model.translation("length", bodies, axis, "disp", (start, ORIGIN))
+        model.translation("rate", bodies, axis, "vel", (start, ORIGIN))
+        model.force("spring", bodies, expression, (start, ORIGIN), direction)
+    model.gravity((0, 0, -9.80665))
     return model.text()
 
 
@@ -112,7 +203,7 @@ MODELS = {
     "squeezing_mechanism": (0.05, 1e-4, squeezing_mechanism.model),
     "spatial_double_pendulum": (5.0, 0.01, spatial_double_pendulum),
     "planar_chain_10": (2.0, 0.01, planar_chain),
-    "gear_pair": (10.0, 0.005, gears),
+    "gear_pair": (10.0, 0.01, gears),
     "revolute_1": (5.0, 0.01, functools.partial(
         joint_test, location=(0, 0, 0), body_axes=UPRIGHT, arm=(2, 0, 0), fixed=HINGE_Z, joint_axes=UPRIGHT)),
     "revolute_2": (5.0, 0.01, functools.partial(joint_test, fixed=HINGE_Z, joint_axes=SKEW, **OBLIQUE)),
@@ -122,6 +213,18 @@ MODELS = {
         fixed=(*BALL, "az"), inertia=(0.1, 0.1, 0.04))),
     "cylindrical_3": (5.0, 0.01, functools.partial(
         joint_test, fixed=("dx", "dy", "ax", "ay"), joint_axes=SKEW, **OBLIQUE)),
+    "two_body_spring": (10.0, 0.01, functools.partial(two_body_spring, damping=0.0)),
+    "two_body_damper": (10.0, 0.01, functools.partial(two_body_spring, damping=1.5)),
+    "controlled_pendulum": (10.0, 0.01, controlled_pendulum),
+    "gravity_ramp": (8.0, 0.01, gravity_ramp),
+    "prescribed_rotor": (4.0, 0.005, prescribed_rotor),
+    "prescribed_slider_crank": (2.0, 0.005, prescribed_slider_crank),
+    "rotational_spring": (5.0, 0.01, functools.partial(
+        spring_test, start=(2, 0, 0), expression="-200 * meaval[angle] - 10 * meaval[rate]", rotational=True)),
+    "fixed_spring": (5.0, 0.01, functools.partial(
+        spring_test, start=ORIGIN, expression="-10 * meaval[length] - 0.5 * meaval[rate]", direction=Z)),
+    "pulling_spring": (5.0, 0.01, functools.partial(
+        spring_test, start=(0, 2, 0), expression="-100 * (meaval[length] - 2) - 5 * meaval[rate]")),
 }
 
 
@@ -129,5 +232,6 @@ def model_text(problem, step):
     end_time, between_records, write = MODELS[problem]
     simulation = {"end_time": end_time, "step": step, "fixed_step": True, "alpha": -0.05}
     results = {"WriteStateResultFile": True, "WriteVelocityResultFile": True,
-               "WriteConstraintForceResultFile": True, "OutputTimeStepSize": between_records}
+               "WriteConstraintForceResultFile": True, "WriteForceResultFile": True, "WriteMeasureResultFile": True,
+               "OutputTimeStepSize": between_records}
     return write(simulation, results=results)

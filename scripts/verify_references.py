@@ -10,6 +10,7 @@ reference by a factor. The energy of long rows of four-bar windows is that of ru
 import argparse
 import csv
 import dataclasses
+import functools
 import math
 import pathlib
 import sys
@@ -27,11 +28,19 @@ WINDOWS, WINDOW_TOLERANCE, ENERGY_BAR = ((4, False), (40, False), (400, False), 
 
 
 class Files:
-    """Numbers of one run, by body or joint and number of the record."""
+    """Numbers of one run, by body, joint, load or measure and number of the record."""
 
     def __init__(self, run):
         self.run = run
         self.states, self.velocities, self.forces = map(run.file, ("srf", "vrf", "crf"))
+
+    @functools.cached_property
+    def loads(self):
+        return self.run.file("frf")
+
+    @functools.cached_property
+    def measures(self):
+        return self.run.file("mrf")
 
     def state(self, body, i):
         return self.states.of(body)[i]
@@ -44,6 +53,20 @@ class Files:
 
     def force(self, joint, i):
         return self.forces.force_on_first_body(joint)[i]
+
+    def moment(self, joint, i):
+        """On the first body."""
+        return self.forces.of(joint)[i][9:12]
+
+    def load(self, uuid, i):
+        """Force on the first body."""
+        return self.loads.of(uuid)[i][3:6]
+
+    def load_moment(self, uuid, i):
+        return self.loads.of(uuid)[i][9:12]
+
+    def measure(self, label, i):
+        return self.measures.of(label)[i]
 
     def angle(self, body, i, start=0.0):
         """Angle about z, followed over all turns; records have to be less than half a turn apart."""
@@ -66,6 +89,18 @@ BODY_TEST = {
     "centre of mass": lambda f, i: f.state("body", i)[:3],
     "velocity": lambda f, i: f.velocity("body", i),
     "ground force": lambda f, i: f.force("joint", i),
+}
+SPRING_TEST = {
+    "centre of mass": lambda f, i: f.state("body", i)[:3],
+    "velocity": lambda f, i: f.velocity("body", i),
+    "spring force": lambda f, i: f.load("spring", i),
+}
+SPRING_PAIR = {
+    "first body": lambda f, i: f.state("first", i)[:3],
+    "second body": lambda f, i: f.state("second", i)[:3],
+    "distance": lambda f, i: f.measure("distance", i),
+    "its rate": lambda f, i: f.measure("rate", i),
+    "spring force": lambda f, i: (math.hypot(*f.load("spring", i)),),
 }
 TOP = {
     "centre of mass": lambda f, i: f.state("top", i)[:3],
@@ -94,7 +129,31 @@ QUANTITIES = {
         "ground force": lambda f, i: f.force("hinge0", i)[:2]},
     "gear_pair": {
         "pinion angle": lambda f, i: (f.angle("pinion", i),),
+        "wheel angle": lambda f, i: (f.angle("wheel", i),),
         "tooth moment on wheel": lambda f, i: f.forces.of("teeth")[i][23:]},
+    "two_body_spring": SPRING_PAIR,
+    "two_body_damper": SPRING_PAIR,
+    "controlled_pendulum": {
+        "angle": lambda f, i: f.measure("theta", i),
+        "its rate": lambda f, i: f.measure("omega", i),
+        "torque": lambda f, i: f.load_moment("controller", i)[2:],
+        "hinge force": lambda f, i: f.force("hinge", i)[:2]},
+    "gravity_ramp": {
+        "place": lambda f, i: f.state("mass", i)[:1],
+        "speed": lambda f, i: f.velocity("mass", i)[:1],
+        "spring force": lambda f, i: f.load("spring", i)[:1]},
+    "prescribed_rotor": {
+        "angle": lambda f, i: f.measure("angle", i),
+        "bearing force": lambda f, i: f.force("bearing", i),
+        "drive torque": lambda f, i: f.moment("drive", i)[2:]},
+    "prescribed_slider_crank": {
+        "slider": lambda f, i: f.state("slider", i)[:1],
+        "motor torque": lambda f, i: f.moment("motor", i)[2:],
+        "pivot force": lambda f, i: f.force("pivot", i)[:2],
+        "pin force on rod": lambda f, i: f.force("crank-pin", i)[:2]},
+    "rotational_spring": BODY_TEST,
+    "fixed_spring": SPRING_TEST,
+    "pulling_spring": SPRING_TEST,
     **{name: BODY_TEST for name in ("revolute_1", "revolute_2", "spherical_2", "universal_1", "cylindrical_3")},
 }
 
@@ -102,7 +161,9 @@ QUANTITIES = {
 STEPS = {
     "top_nutation": 4e-4, "top_precession": 8e-4, "pendulum": 1e-3, "four_bar_2": 1e-3, "four_bar_40": 2e-3,
     "squeezing_mechanism": 1e-5, "spatial_double_pendulum": 4e-4, "planar_chain_10": 4e-4, "gear_pair": 2e-4,
-    "revolute_1": 2e-3, "revolute_2": 2e-3, "spherical_2": 2e-3, "universal_1": 2e-3, "cylindrical_3": 5e-3,
+    "two_body_spring": 2e-3, "two_body_damper": 2e-3, "controlled_pendulum": 2e-3, "gravity_ramp": 2e-3,
+    "prescribed_rotor": 1e-3, "prescribed_slider_crank": 5e-4, "rotational_spring": 2e-3, "fixed_spring": 5e-3,
+    "pulling_spring": 2e-3, "revolute_1": 2e-3, "revolute_2": 2e-3, "spherical_2": 2e-3, "universal_1": 2e-3, "cylindrical_3": 5e-3,
 }
 
 
