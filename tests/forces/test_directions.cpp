@@ -60,11 +60,11 @@ TEST_F(Directions, LinesOfSightAreRefusedBetweenPointsThatCoincide) {
         const MBS_3DUnitVector_BodyBody fromBody(point, body(0), other, body(1));
         EXPECT_EQ(isAccepted(fromGround, 1.0), ofGround) << distance;
         EXPECT_EQ(isAccepted(fromBody, 1.0), ofBodies) << distance;
-        Vec3 e;
-        if (distance == 1.1e-6 && fromBody.getUnitVector(q.get(), nullptr, e)) // towards body 2
-            EXPECT_LT(norm(e - along), 1e-9);
-        if (distance > 1e-7 && fromGround.getUnitVector(q.get(), nullptr, e)) // away from the ground
-            EXPECT_LT(norm(e - along), 1e-8);
+        Vec3 ofPair = along, toBody = along;
+        fromBody.getUnitVector(q.get(), nullptr, ofPair);
+        fromGround.getUnitVector(q.get(), nullptr, toBody);
+        EXPECT_LT(norm(ofPair - along), 1e-9) << distance;             // towards body 2
+        EXPECT_LT(norm(toBody - along) * distance, 1e-15) << distance; // away from the ground
     }
 }
 
