@@ -69,4 +69,11 @@ class MBS_Measure : public MBS_ModelObject {
     static Vec3 toLocalAxis(const MBS_Body& body, const Vec3& axis);
 };
 
+/// Unit vector along the axis c = 0, 1, 2.
+inline Vec3 unitVector(unsigned c) {
+    Vec3 axis;
+    axis.data[c] = 1.0;
+    return axis;
+}
+
 } // namespace velmora

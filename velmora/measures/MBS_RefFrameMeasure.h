@@ -44,11 +44,4 @@ class MBS_RefFrameMeasureRiBo : public MBS_RefFrameMeasure {
     std::string getClassName() const override { return "MBS_RefFrameMeasureRiBo"; }
 };
 
-/// Unit vector along the global axis c = 0, 1, 2.
-inline Vec3 unitVector(unsigned c) {
-    Vec3 axis;
-    axis.data[c] = 1.0;
-    return axis;
-}
-
 } // namespace velmora
