@@ -25,15 +25,18 @@ ALLOWED = {
     "platform": [],
     "io": ["platform"],
     "matrix": ["platform", "io"],
+    "functions": ["platform", "io", "matrix"],
     "model": ["platform", "io", "matrix"],
     "bodies": ["platform", "io", "matrix", "model"],
+    "data_objects": ["platform", "io", "matrix", "functions", "model"],
     "measures": ["platform", "io", "matrix", "model", "bodies"],
-    "constraints": ["platform", "io", "matrix", "model", "bodies", "measures"],
-    "forces": ["platform", "io", "matrix", "model", "bodies", "measures"],
+    "expressions": ["platform", "io", "matrix", "functions", "model", "data_objects", "measures"],
+    "constraints": ["platform", "io", "matrix", "model", "bodies", "measures", "expressions"],
+    "forces": ["platform", "io", "matrix", "model", "bodies", "data_objects", "measures", "expressions"],
     "global_matrix": ["platform", "io", "matrix", "model", "bodies", "constraints", "forces"],
     "results": ["platform", "io", "matrix", "model", "bodies", "measures", "constraints", "forces"],
-    "model/internal": ["platform", "io", "matrix", "model", "bodies", "measures", "constraints", "forces",
-                       "global_matrix", "results"],
+    "model/internal": ["platform", "io", "matrix", "model", "bodies", "data_objects", "measures", "expressions",
+                       "constraints", "forces", "global_matrix", "results"],
 }
 KERNEL = "velmora"
 ENTRY = "velmora/velmora.h"  # what it reaches is public
