@@ -50,6 +50,8 @@ class MBS_ExtConstraint : public MBS_ModelObject {
     /// Writes the residual into the constraint's part of `out`, and keeps what the blocks need.
     virtual void getAndUpdateConstraints(double t, const P* q, const P* qd, const P* qdd, C* out);
     virtual bool isSingleBodyConstraint() const { return false; }
+    /// Begins the start phase of a prescribed motion at the present value of its measure.
+    virtual void resetStartPolynomial() {}
     /// Sets the constraint's part of `out` to (dCq/dt) qd; refreshes the CqTdT objects.
     virtual void getCqdT_Mult_Qd(const P* q, const P* qd, const P* qdd, C* out);
     /// First and second partial time derivative of the equations into a cleared `out`; nothing where time

@@ -40,6 +40,8 @@ class MBS_ModelObjectLists : public MBS_ModelLookUp {
     virtual const std::vector<std::unique_ptr<MBS_ExtConstraint>>& getConstraints() const = 0;
     /// The same constraints class by class, as they are evaluated.
     virtual const std::vector<std::shared_ptr<MBS_ConstraintGroup>>& getConstraintGroups() const = 0;
+    /// All measures in model order; the index is the measure index.
+    virtual const std::vector<std::unique_ptr<MBS_Measure>>& getMeasures() const = 0;
     /// All forces in model order.
     virtual const std::vector<std::unique_ptr<MBS_Force>>& getForces() const = 0;
     /// The model with its counters and its name.

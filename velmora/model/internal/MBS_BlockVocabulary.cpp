@@ -4,8 +4,12 @@
 #include "velmora/bodies/MBS_BodyTypes.h"
 #include "velmora/constraints/MBS_ConstraintTypes.h"
 #include "velmora/constraints/MBS_ExtConstraint.h"
+#include "velmora/data_objects/MBS_DataObject.h"
+#include "velmora/data_objects/MBS_DataObjectTypes.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/forces/MBS_ForceTypes.h"
+#include "velmora/measures/MBS_Measure.h"
+#include "velmora/measures/MBS_MeasureTypes.h"
 #include "velmora/model/internal/MBS_AnnouncedTypes.h"
 
 namespace velmora {
@@ -18,6 +22,10 @@ std::vector<MBS_BlockTypeInfo> MBS_getBlockVocabulary() {
         vocabulary.push_back({"Constraint", row.type, row.status, row.keys});
     for (const auto& row : MBS_forceTypes())
         vocabulary.push_back({"Force", row.type, row.status, row.keys});
+    for (const auto& row : MBS_dataObjectTypes())
+        vocabulary.push_back({"DataObject", row.type, row.status, row.keys});
+    for (const auto& row : MBS_measureTypes())
+        vocabulary.push_back({"Measure", row.type, row.status, row.keys});
     for (const auto& row : MBS_announcedTypes())
         vocabulary.push_back(row);
     return vocabulary;

@@ -4,9 +4,11 @@
 #include "velmora/bodies/MBS_BodyByBodyGroup.h"
 #include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/constraints/MBS_OneByOneGroup.h"
+#include "velmora/data_objects/MBS_DataObject.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/global_matrix/MBS_GlobalModelMatrix.h"
 #include "velmora/io/IO_DataModel.h"
+#include "velmora/measures/MBS_Measure.h"
 #include "velmora/model/MBS_ModelDofVector.h"
 #include "velmora/results/MBS_ResultFileManager.h"
 
@@ -23,7 +25,9 @@ MBS_InternalModel::MBS_InternalModel(IO_DataModel* dataModel, IO_OutputManager* 
 MBS_InternalModel::~MBS_InternalModel() {
     forces.clear();
     constraints.clear();
+    measures.clear();
     bodies.clear();
+    dataObjects.clear(); // last: expressions refer to them
 }
 
 MBS_Body* MBS_InternalModel::getBodyByUUID(const std::string& uuid) const {

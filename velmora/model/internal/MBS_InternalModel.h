@@ -11,6 +11,7 @@
 namespace velmora {
 
 class MBS_BodyGroup;
+class MBS_ModelObject;
 
 /// The concrete model: owns all objects, in the order of their blocks, and answers the solver by walking
 /// them. Lists are filled once and never change. It knows the roots of the families, not their concrete
@@ -25,8 +26,9 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
     // Lists and look-ups.
     MBS_Body* getBodyByUUID(const std::string& uuid) const override;
     const std::vector<std::unique_ptr<MBS_Body>>& getBodies() const override { return bodies; }
-    MBS_Measure* getMeasureByLabel(const std::string&) const override { return nullptr; }
-    MBS_DataObject* getDataObjectByLabel(const std::string&) const override { return nullptr; }
+    MBS_Measure* getMeasureByLabel(const std::string& label) const override;
+    MBS_DataObject* getDataObjectByLabel(const std::string& label) const override;
+    const std::vector<std::unique_ptr<MBS_Measure>>& getMeasures() const override { return measures; }
     const std::vector<std::unique_ptr<MBS_ExtConstraint>>& getConstraints() const override {
         return constraints;
     }
@@ -42,8 +44,10 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
     /// `isForResults`: its joint frame stands in the block of constraint states.
     void addConstraint(std::unique_ptr<MBS_ExtConstraint> constraint, bool isForResults);
     void addForce(std::unique_ptr<MBS_Force> force);
-    /// Keeps the place of a data object that could not be made.
-    void addDataObjectUUID(const std::string& uuid) { dataObjectUUIDs.push_back(uuid); }
+    void addMeasure(std::unique_ptr<MBS_Measure> measure);
+    /// Counts a data object by its UUID before it is made; a null keeps the place of one that couldn't be.
+    void announceDataObject(const std::string& uuid) { dataObjectUUIDs.push_back(uuid); }
+    void addDataObject(std::unique_ptr<MBS_DataObject> dataObject);
     void sumUpDof();
     /// Gathers neighbouring bodies of one class into groups. Once, when all bodies are there and nothing
     /// else.
@@ -56,6 +60,19 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
                              const std::vector<unsigned>* rows, const std::vector<unsigned>* cols,
                              const std::vector<double>* scalingValues, bool isModifiedHHT) override;
     MBS_ResultFileManager* createResultFileManager(IO_DataModelBlock* block) override;
+
+    void resetModel() override;
+    void modifyModelElement(IO_DataModelBlock* block) override;
+    void getDataModelOfObject(P* q, IO_DataModelBlock* block) override;
+
+    void updateMeasures(double t, const P* q, const P* qd, const P* qdd) override;
+    double getMeasureValueByLabel(const std::string* label) override;
+    double getMeasureValue(unsigned index) override;
+    void getMeasure_q(const std::string* label, double t, const P* q, const P* qd, const P* qdd,
+                      const C* multipliers, unsigned bodyIndex, double* out) override;
+    void getMeasureLabel(unsigned index, std::string* label) override;
+    unsigned getNumOfMeasures() const override;
+    void getCurrentMeasureResultFileBlock(const P* q, std::vector<double*>* blocks) override;
 
     void updateMatricesForEquationOfMotion(double t, const P* q, const P* qd, const P* qdd) override;
     void updateMatricesForEquationOfMotionAndComputeResiduumForConstrDOF(double t, const P* q, const P* qd,
@@ -101,6 +118,8 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
 
   private:
     void getNormResiduals(const P* q, C* out);
+    /// Data object of a block's UUID; null if there is none.
+    MBS_ModelObject* getObjectOfBlock(const IO_DataModelBlock* block) const;
 
     std::vector<std::unique_ptr<MBS_Body>> bodies;
     std::vector<std::shared_ptr<MBS_BodyGroup>> bodyGroups;
@@ -111,7 +130,11 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
     std::vector<MBS_ExtConstraint*> jointsForResults;
     std::vector<std::unique_ptr<MBS_Force>>
         forces; // destroyed before the constraints, these before the bodies
+    std::vector<std::unique_ptr<MBS_Measure>> measures;
+    std::unordered_map<std::string, MBS_Measure*> measureByLabel; // first measure of a label wins
     std::vector<std::string> dataObjectUUIDs;
+    std::vector<std::unique_ptr<MBS_DataObject>> dataObjects; // parallel to their UUIDs; may hold nulls
+    std::unordered_map<std::string, MBS_DataObject*> dataObjectByLabel; // first one of a label wins
 };
 
 } // namespace velmora

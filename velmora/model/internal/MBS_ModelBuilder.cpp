@@ -4,9 +4,13 @@
 #include "velmora/bodies/MBS_BodyTypes.h"
 #include "velmora/constraints/MBS_ConstraintTypes.h"
 #include "velmora/constraints/MBS_ExtConstraint.h"
+#include "velmora/data_objects/MBS_DataObject.h"
+#include "velmora/data_objects/MBS_DataObjectTypes.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/forces/MBS_ForceTypes.h"
 #include "velmora/io/IO_DataModel.h"
+#include "velmora/measures/MBS_Measure.h"
+#include "velmora/measures/MBS_MeasureTypes.h"
 #include "velmora/model/internal/MBS_AnnouncedTypes.h"
 #include "velmora/model/internal/MBS_InternalModel.h"
 
@@ -29,12 +33,15 @@ bool isAnnounced(const std::string& kind, const std::string& type) {
     });
 }
 
-bool isMeasureChoice(const std::string& type, bool isToGround, const std::string& mode,
-                     const std::string& coordinate) {
-    return std::ranges::any_of(MBS_measureChoices(), [&](const MBS_MeasureChoice& row) {
+/// Null if nothing measures this.
+const MBS_MeasureChoice* findMeasure(const std::string& type, bool isToGround, const std::string& mode,
+                                     const std::string& coordinate) {
+    const auto rows = MBS_measureChoices();
+    const auto found = std::ranges::find_if(rows, [&](const MBS_MeasureChoice& row) {
         return row.type == type && row.isToGround == isToGround && row.mode == mode &&
                row.coordinate == coordinate;
     });
+    return found == rows.end() ? nullptr : &*found;
 }
 
 std::string errorTextOf(const IO_DataModelBlock& block) {
@@ -90,10 +97,12 @@ bool MBS_ModelBuilder::readBodyIDs(Block& block, std::vector<std::string>& ids) 
 }
 
 void MBS_ModelBuilder::buildDataObject(Block& block) {
-    model.addDataObjectUUID(block.uuid);
-    if (!isAnnounced("DataObject", block.type))
+    model.announceDataObject(block.uuid);
+    const MBS_DataObjectType* row = findType(MBS_dataObjectTypes(), block.type);
+    if (!row)
         throw errorTextOf(block) + "ERROR: Type of DataObject: " + block.type + " not valid!\n";
-    refuseUnavailable(block, "DataObject");
+    auto dataObject = row->create(&block, &model);
+    model.addDataObject(dataObject->isErrorOccured() ? nullptr : std::move(dataObject));
 }
 
 void MBS_ModelBuilder::buildBody(Block& block) {
@@ -125,7 +134,15 @@ void MBS_ModelBuilder::buildMeasure(Block& block) {
         return refuse(block, "ERROR: Type of measure: " + block.type + " not valid!\n");
     if (!isToGround)
         return refuse(block, "ERROR: Second BodyID must be 0!\n");
-    refuseUnavailable(block, "measure");
+    addMeasure(block, findMeasure(block.type, true, "", ""));
+}
+
+void MBS_ModelBuilder::addMeasure(Block& block, const MBS_MeasureChoice* choice) {
+    if (!choice->create)
+        return refuseUnavailable(block, "measure");
+    auto measure = choice->create(&block, &model, model);
+    if (!measure->isErrorOccured())
+        model.addMeasure(std::move(measure));
 }
 
 void MBS_ModelBuilder::buildTranslationalMeasure(Block& block, bool isToGround) {
@@ -134,12 +151,12 @@ void MBS_ModelBuilder::buildTranslationalMeasure(Block& block, bool isToGround) 
     block.getValue("MeasureMode", &mode, IO_ValueCode::String);
     if (reportReadErrors(block))
         return;
-    if (isMeasureChoice(block.type, isToGround, mode, coordinate))
-        return refuseUnavailable(block, "measure");
+    if (const auto* choice = findMeasure(block.type, isToGround, mode, coordinate))
+        return addMeasure(block, choice);
     if (!isToGround)
         return refuse(block, "ERROR: Combination of MeasureMode <" + mode + "> and MeasureCoordinate <" +
                                  coordinate + "> not valid!\n");
-    if (isMeasureChoice(block.type, isToGround, mode, "X")) // the mode is one of the three
+    if (findMeasure(block.type, isToGround, mode, "X")) // the mode is one of the three
         return refuse(block, "ERROR: MeasureCoordinate <" + coordinate + "> not valid!\n");
     refuse(block, "ERROR: MeasureMode <" + mode + "> not valid!\n");
 }
@@ -147,9 +164,9 @@ void MBS_ModelBuilder::buildTranslationalMeasure(Block& block, bool isToGround) 
 void MBS_ModelBuilder::buildRotationalMeasure(Block& block, bool isToGround) {
     std::string coordinate;
     block.getValue("MeasureCoordinate", &coordinate, IO_ValueCode::String);
-    if (!isMeasureChoice(block.type, isToGround, "", coordinate))
-        return refuse(block, "ERROR: MeasureCoordinate <" + coordinate + "> not valid!\n");
-    refuseUnavailable(block, "measure");
+    if (const auto* choice = findMeasure(block.type, isToGround, "", coordinate))
+        return addMeasure(block, choice);
+    refuse(block, "ERROR: MeasureCoordinate <" + coordinate + "> not valid!\n");
 }
 
 void MBS_ModelBuilder::buildFlexTranslationalMeasure(Block& block, bool isToGround) {

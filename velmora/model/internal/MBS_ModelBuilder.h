@@ -9,6 +9,7 @@ namespace velmora {
 class IO_DataModel;
 class IO_DataModelBlock;
 class MBS_ExtConstraint;
+struct MBS_MeasureChoice;
 class MBS_InternalModel;
 
 /// Builds a model's objects from the blocks of a data model, kind after kind in a fixed order: a reference
@@ -33,6 +34,7 @@ class MBS_ModelBuilder {
     void buildTranslationalMeasure(Block& block, bool isToGround);
     void buildRotationalMeasure(Block& block, bool isToGround);
     void buildFlexTranslationalMeasure(Block& block, bool isToGround);
+    void addMeasure(Block& block, const MBS_MeasureChoice* choice);
     void buildConstraint(Block& block);
     void buildGenericConstraint(Block& block, const std::vector<std::string>& ids);
     /// Adds the constraint if it has no error, and tells so.
