@@ -4,7 +4,9 @@
 #include "velmora/constraints/MBS_RiBo_Ground_TransFix.h"
 #include "velmora/constraints/MBS_RiBo_RiBo_GearJoint.h"
 #include "velmora/constraints/MBS_RiBo_RiBo_RotFix.h"
+#include "velmora/constraints/MBS_RiBo_RiBo_Time_Motion.h"
 #include "velmora/constraints/MBS_RiBo_RiBo_TransFix.h"
+#include "velmora/constraints/MBS_RiBo_Time_Motion.h"
 #include "velmora/io/IO_DataModelBlock.h"
 
 namespace velmora {
@@ -36,9 +38,28 @@ constexpr MBS_KeyInfo gearKeys[] = {
     {"Multiplier", IO_ValueCode::DoubleVector2},
 };
 
+// The second point goes with a second body.
+constexpr MBS_KeyInfo motionKeys[] = {
+    {"active", IO_ValueCode::Bool, false},
+    {"BodyIDs", IO_ValueCode::StringPair, true, MBS_KeyRole::BodyIDs},
+    {"Location", IO_ValueCode::DoubleVector3, false},
+    {"ConstraintOrientation", IO_ValueCode::DoubleMatrix3x3, false, MBS_KeyRole::Orientation},
+    {"PointOfApplication_Body1", IO_ValueCode::DoubleVector3},
+    {"PointOfApplication_Body2", IO_ValueCode::DoubleVector3, false},
+    {"Measure", IO_ValueCode::String, true, MBS_KeyRole::MeasureLabel},
+    {"MotionExpression", IO_ValueCode::String, true, MBS_KeyRole::Expression},
+    {"ActivationPeriod", IO_ValueCode::Double, false},
+};
+
 constexpr MBS_ConstraintType types[] = {
     {"Generic", MBS_TypeStatus::Available, genericKeys, nullptr},
-    {"TimeMotion", MBS_TypeStatus::NotInThisBuild, {}, nullptr},
+    {"TimeMotion", MBS_TypeStatus::Available, motionKeys,
+     [](IO_DataModelBlock* block, MBS_Model* model, const MBS_ModelLookUp& lookUp, unsigned index,
+        bool isToGround) -> std::unique_ptr<MBS_ExtConstraint> {
+         if (isToGround)
+             return std::make_unique<MBS_RiBo_Time_Motion>(block, model, lookUp, index);
+         return std::make_unique<MBS_RiBo_RiBo_Time_Motion>(block, model, lookUp, index);
+     }},
     {"Gear", MBS_TypeStatus::Available, gearKeys,
      [](IO_DataModelBlock* block, MBS_Model* model, const MBS_ModelLookUp& lookUp, unsigned index,
         bool) -> std::unique_ptr<MBS_ExtConstraint> {
