@@ -22,7 +22,7 @@ const std::string dashes(35, '-');
 class Results : public ModelFixture {
   protected:
     Results() {
-        for (const char* extension : {"srf", "vrf", "arf", "crf", "lrf"})
+        for (const char* extension : {"srf", "vrf", "arf", "frf", "crf", "lrf"})
             std::filesystem::remove(std::string("test.") + extension);
         addRigidBody(data, "first");
         addRigidBody(data, "second");
@@ -110,6 +110,51 @@ TEST_F(Results, ConstraintsHaveALineEach) {
                 testing::ElementsAre("1.000000000000E+00", "-2.500000000000E+00 ", "-2.500000000000E+00 "));
 }
 
+TEST_F(Results, ForcesHaveALineEachBesideGravity) {
+    addBlock(data, "Force", "GenericForce", "push",
+             {{"BodyIDs", "first, 0"},
+              {"ForceExpression", "3"},
+              {"PointOfApplication_Body1", "0.1, -0.2, 1.3"},
+              {"PointOfApplication_Body2", "0, 0, 0"},
+              {"ForceDirectionType", "SpaceFixed"},
+              {"ForceDirection", "1, 0, 0"}});
+    for (const bool hasGravity : {false, true}) {
+        if (hasGravity)
+            addBlock(data, "Force", "Gravity", "g", {{"GravityAccVector", "0.125, -9.8100001, 9810"}});
+        build();
+        output.resultKinds.clear(); // a run of its own
+        {
+            const auto manager = makeManager({{"WriteForceResultFile", "yes"}});
+            MBS_ModelPhysicalDofVector q(model.get()), qd(q), Q(q);
+            model->copyInitialDataIntoPhysicalDofVector(&q, &qd);
+            model->updateMatricesForEquationOfMotion(0.0, &q, &qd, &qd);
+            model->getExternalForces(0.0, &q, &qd, nullptr, &Q);
+            manager->writeResultsToFile(1.0, &q, &qd, &qd, nullptr);
+        }
+        const auto lines = linesOf("test.frf");
+        std::vector<std::string> expected = {"Force Result File (.frf)",
+                                             dashes,
+                                             "Gravity Off",
+                                             dashes,
+                                             "Topology",
+                                             dashes,
+                                             "push",
+                                             dashes,
+                                             "Data",
+                                             dashes,
+                                             "1.000000000000E+00"};
+        if (hasGravity) {
+            expected[2] = "Gravity On (with acceleration:)";
+            expected.insert(expected.begin() + 3, "0.125 -9.81 9810");
+        }
+        ASSERT_EQ(lines.size(), 11 + expected.size());
+        EXPECT_EQ(std::vector(lines.begin() + 10, lines.end() - 1), expected);
+        const std::string zero = " 0.000000000000E+00";
+        EXPECT_THAT(lines.back(), testing::HasSubstr(" 3.000000000000E+00" + zero + zero + " "));
+        EXPECT_EQ(std::count(lines.back().begin(), lines.back().end(), ' '), 24);
+    }
+}
+
 TEST_F(Results, ScheduleDecidesWhenARecordIsDue) {
     build();
     const auto manager = makeManager({{"WriteStateResultFile", "yes"},
@@ -157,8 +202,7 @@ TEST_F(Results, WhatCannotBeWrittenIsTold) {
     const std::string prefix = "In Block <Results> prior to line number 0:\n";
     EXPECT_EQ(
         takeMessages(),
-        prefix + "ERROR: Result file of key <WriteForceResultFile> is not available in this build!\n\n" +
-            prefix +
+        prefix +
             "ERROR: In definition of key <OutputTimeBegin>: \nNot able to convert < soon> to double value!"
             "\n\n\n\n");
 }
