@@ -200,7 +200,10 @@ bool Simulation::Impl::beginAnew(double length) {
     StepResult result = system->solveForAccelerations(state);
     if (result == StepResult::Converged)
         result = integrator->start(length);
-    return result == StepResult::Converged || fail(result, state, length);
+    if (result != StepResult::Converged)
+        return fail(result, state, length);
+    balance->takeUp(state);
+    return true;
 }
 
 Simulation::Impl::Plan Simulation::Impl::planFixedStep() const {
