@@ -49,13 +49,16 @@ ExpressionLoad::Column& ExpressionLoad::columnFor(MBS_Body* body) {
 
 void ExpressionLoad::evaluate(double t, const P* q, const P* qd) {
     value = expression->getValue(t);
-    expression->updateMeasureDerivatives(t);
+    areMeasureDerivativesCurrent = false; // a residual alone doesn't need them
     unitVector->getUnitVector(q, qd, currentDirection);
 }
 
 ExpressionLoad::Mat37 ExpressionLoad::derivative(By by, double t, const P* q, const P* qd, const P* qdd,
                                                  const C* multipliers, const Column& column) {
     const unsigned x = column.body->bodyIndex;
+    if (!areMeasureDerivativesCurrent)
+        expression->updateMeasureDerivatives(t);
+    areMeasureDerivativesCurrent = true;
     const auto row = std::span(measureRow).first(column.body->getNumOfDof());
     Mat<1, 7> g;
     for (const unsigned j : column.measures) {

@@ -44,7 +44,7 @@ class ExpressionLoad {
                    std::span<MBS_Body* const> ownBodies);
     ~ExpressionLoad();
 
-    /// Takes F, dF/dm_j and e at the state; the measures are current.
+    /// Takes F and e at the state; the measures are current.
     void evaluate(double t, const P* q, const P* qd);
     /// F e of the last evaluation, global frame.
     Vec3 vector() const { return value * currentDirection; }
@@ -67,6 +67,7 @@ class ExpressionLoad {
 
     std::unique_ptr<MBS_FunctionExpression> expression;
     std::vector<double> measureRow; // dm_j/dx, work space for the largest body
+    bool areMeasureDerivativesCurrent = false; // dF/dm_j, of the last evaluation
 };
 
 } // namespace velmora
