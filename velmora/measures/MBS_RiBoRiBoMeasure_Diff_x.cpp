@@ -35,6 +35,8 @@ MBS_RiBoRiBoMeasure_Diff_x::MBS_RiBoRiBoMeasure_Diff_x(IO_DataModelBlock* block,
     axis = unitVector(coordinateIndex);
     if (useInitialValueAsOffset)
         offsetVector = measureLocation2 - measureLocation1;
+    const Vec3 w = toLocalAxis(*measureBodies[0], measureLocation2 - measureLocation1) - offsetVector;
+    measureValue = w.data[coordinateIndex]; // where a motion begins
 }
 
 Vec3 MBS_RiBoRiBoMeasure_Diff_x::lever(const P* q) const {
