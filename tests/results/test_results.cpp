@@ -22,7 +22,7 @@ const std::string dashes(35, '-');
 class Results : public ModelFixture {
   protected:
     Results() {
-        for (const char* extension : {"srf", "vrf", "arf", "frf", "crf", "lrf"})
+        for (const char* extension : {"srf", "vrf", "arf", "frf", "crf", "lrf", "mrf"})
             std::filesystem::remove(std::string("test.") + extension);
         addRigidBody(data, "first");
         addRigidBody(data, "second");
@@ -108,6 +108,23 @@ TEST_F(Results, ConstraintsHaveALineEach) {
                                      "Topology", dashes, "support joint"));
     EXPECT_THAT(std::vector(multipliers.begin() + 18, multipliers.end()),
                 testing::ElementsAre("1.000000000000E+00", "-2.500000000000E+00 ", "-2.500000000000E+00 "));
+}
+
+// Values belong to the record's state, whatever the solver has updated last.
+TEST_F(Results, MeasuresHaveALineEach) {
+    const Keys keys = {{"BodyIDs", "second, 0"},
+                       {"MeasureCoordinate", "X"},
+                       {"MeasureLocation_Body1", "0.1, -0.2, 0.3"},
+                       {"MeasureLocation_Body2", "0, 0, 0"}};
+    for (const char* mode : {"disp", "vel"})
+        addBlock(data, "Measure", "Translational", mode, keys)->addKeyValue("MeasureMode", mode);
+    build();
+    recordTimes(*makeManager({{"WriteMeasureResultFile", "yes"}}), {1.0});
+    const auto lines = linesOf("test.mrf");
+    EXPECT_THAT(std::vector(lines.begin() + 10, lines.end()),
+                testing::ElementsAre("Measures Result File (.mrf)", dashes, "Topology", dashes, "disp vel",
+                                     dashes, "Data", dashes, "1.000000000000E+00", "1.000000000000E-01 ",
+                                     "5.000000000000E-01 "));
 }
 
 TEST_F(Results, ForcesHaveALineEachBesideGravity) {

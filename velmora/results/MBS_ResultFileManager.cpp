@@ -8,6 +8,7 @@
 #include "velmora/results/MBS_BodyResultFileWriters.h"
 #include "velmora/results/MBS_ConstraintResultFileWriters.h"
 #include "velmora/results/MBS_ForceResultFileWriter.h"
+#include "velmora/results/MBS_MeasureResultFileWriter.h"
 
 #include <algorithm>
 #include <array>
@@ -20,7 +21,7 @@ namespace {
 
 using Writer = std::shared_ptr<MBS_ResultFileWriter>;
 
-/// One kind of result file. `create` is null for a kind whose writer isn't in this build.
+/// One kind of result file.
 struct FileKind {
     const char* key;
     const char* kind; // the extension without its point
@@ -43,7 +44,7 @@ bool hasForceBesideGravity(const MBS_ModelObjectLists& model) {
 }
 
 bool hasMeasures(const MBS_ModelObjectLists& model) {
-    return model.getModel().getNumOfMeasures() > 0;
+    return !model.getMeasures().empty();
 }
 
 constexpr FileKind fileKinds[] = {
@@ -53,7 +54,7 @@ constexpr FileKind fileKinds[] = {
     {"WriteForceResultFile", "frf", hasForceBesideGravity, make<MBS_ForceResultFileWriter>},
     {"WriteConstraintForceResultFile", "crf", always, make<MBS_ConstraintResultFileWriter>},
     {"WriteExtConstraintLagrangeResultFile", "lrf", always, make<MBS_ExtConstraintsLagrangeResultFileWriter>},
-    {"WriteMeasureResultFile", "mrf", hasMeasures, nullptr},
+    {"WriteMeasureResultFile", "mrf", hasMeasures, make<MBS_MeasureResultFileWriter>},
 };
 
 } // namespace
@@ -67,13 +68,6 @@ MBS_ResultFileManager::MBS_ResultFileManager(MBS_ModelObjectLists* source, IO_Ou
             block->getValue(row.key, &isAsked);
         if (!isAsked || !row.isWanted(*model))
             continue;
-        if (!row.create) {
-            std::string prefix;
-            block->getErrorString(&prefix);
-            model->reportError(prefix + "ERROR: Result file of key <" + row.key +
-                               "> is not available in this build!\n");
-            continue;
-        }
         const bool append = outputManager->isResultKindInUse(row.kind);
         writers.push_back(row.create(outputManager->getResultFileBase() + "." + row.kind, *model, append));
         outputManager->addResultKind(row.kind);
