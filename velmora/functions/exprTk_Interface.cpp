@@ -36,20 +36,30 @@ struct LoopLimit final : exprtk::loop_runtime_check {
 
 } // namespace
 
+// The parser itself is large, and gone once a text is compiled.
 struct exprTk_Interface::Parser {
+    /// False, with the reason kept, if the text doesn't compile.
     bool compile(const std::string& text) {
+        exprtk::parser<double> compiler;
+        compiler.register_loop_runtime_check(limit);
         limit.setNumOfLoops(countLoops(text));
         exprtk::expression<double> candidate;
         candidate.register_symbol_table(symbols);
-        if (!parser.compile(text, candidate))
-            return false;
-        expression = candidate;
-        return true;
+        if (compiler.compile(text, candidate)) {
+            expression = candidate;
+            return true;
+        }
+        errorText = "the text can't be understood";
+        if (compiler.error_count() > 0) {
+            const exprtk::parser_error::type error = compiler.get_error(0);
+            errorText = error.diagnostic;
+            errorColumn = std::min(error.token.position, text.size());
+        }
+        return false;
     }
 
     exprtk::symbol_table<double> symbols;
     LoopLimit limit;
-    exprtk::parser<double> parser;
     exprtk::expression<double> expression;
     bool isValid = false;
     std::string errorText;
@@ -58,7 +68,6 @@ struct exprTk_Interface::Parser {
 
 exprTk_Interface::exprTk_Interface() : parser(std::make_unique<Parser>()) {
     parser->symbols.add_constants();
-    parser->parser.register_loop_runtime_check(parser->limit);
 }
 
 exprTk_Interface::~exprTk_Interface() = default;
@@ -83,14 +92,6 @@ void exprTk_Interface::setExpression(const std::string* text) {
         if (p.compile(*text)) {
             const std::string guarded = guardIndices(*text);
             p.isValid = guarded == *text || p.compile(guarded);
-        }
-        if (p.isValid)
-            return;
-        p.errorText = "the text can't be understood";
-        if (p.parser.error_count() > 0) {
-            const exprtk::parser_error::type error = p.parser.get_error(0);
-            p.errorText = error.diagnostic;
-            p.errorColumn = std::min(error.token.position, text->size());
         }
     } catch (const std::bad_alloc&) {
         p.errorText = "the text asks for more memory than there is";
