@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes the tables of docs/performance.md from runs of the benchmark programs.
 
-Usage: scripts/performance_table.py <folder of the programs> [free_bodies | chain]
+Usage: scripts/performance_table.py <folder of the programs> [free_bodies | chain | lattice]
 
 Each table stands between two markers. Each benchmark runs several times; the smallest time of each counts, since
 everything else on the machine only adds to it.
@@ -70,7 +70,35 @@ def chain(times, _):
         row("iteration with the old matrix", "iterationWithOldMatrix"), ratio("ratio to KLU ", "iterationWithOldMatrix", "sparseSolver")]
 
 
-TABLES = {"free_bodies": free_bodies, "chain": chain}
+def lattice(times, sizes):
+    """What the springs add to the same bodies without any."""
+    sides = (5, 10, 20)
+    bodies, springs = [n ** 3 for n in sides], [3 * n * n * (n - 1) for n in sides]
+
+    def row(name, per_spring, digits=0):
+        values = [per_spring(n, n / m) for n, m in zip(bodies, springs)]
+        cells = [f"{v:.{digits}f}" for v in values] + [f"{values[2] / values[0]:.2f}"]
+        return f"| {name} | " + " | ".join(cells) + " |"
+
+    def added(share):
+        return lambda n, ratio: ratio * (times[share, n] - times[share + "WithoutSprings", n])
+
+    def both(n, ratio):
+        return added("residual")(n, ratio) + added("jacobianUpdate")(n, ratio)
+
+    def expression(n, _):
+        return times["expression", n]
+
+    head_cells = " | ".join(f"N = {n}, {m} springs" for n, m in zip(bodies, springs))
+    return [f"| per spring | {head_cells} | 8000 to 125 |", "|---|---:|---:|---:|---:|",
+            row("residual with measure and force [ns]", added("residual")),
+            row("Jacobian update [ns]", added("jacobianUpdate")), row("both [ns]", both),
+            row("one evaluation of its compiled expression [ns]", expression),
+            row("both, beyond 4 evaluations [ns]", lambda *a: both(*a) - 4 * expression(*a)),
+            row("memory [kB]", lambda n, ratio: ratio / n / 1000 * (sizes["residual", n] - sizes["residualWithoutSprings", n]), 2)]
+
+
+TABLES = {"free_bodies": free_bodies, "chain": chain, "lattice": lattice}
 
 
 def main():
