@@ -36,7 +36,7 @@ constexpr double leastContractionFromEarlier = 0.1; // steps: the matrix is olde
 // Share of the local error that Newton's iteration may add; over the step it weighs more in the velocities.
 // A fixed step is asked for by those who measure what it gives: next to nothing is let in.
 constexpr double newtonShare = 1e-3;
-constexpr double newtonShareOfFixedStep = 1e-4;
+constexpr double newtonShareOfFixedStep = 1e-6;
 constexpr double noiseContraction = 0.3; // or slower, of corrections below the following
 constexpr double largestNoise = 1000.0;  // in roundings of the positions
 // Near singular positions rounding comes out of the solver magnified; with a matrix of the same step,
