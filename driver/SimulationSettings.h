@@ -34,7 +34,7 @@ struct SimulationSettings {
     bool refuseRedundant = false; ///< redundant constraint equations end the run instead of being left out
     /// In rising order of time. A step ends where a change is due; a fixed step takes up what has become due
     /// at its end. Results at the time of a change still show the state before it.
-    std::vector<ScheduledChange> changes;
+    std::vector<ScheduledChange> changes = {};
 };
 
 /// How the initial state was made consistent with the constraints.

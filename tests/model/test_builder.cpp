@@ -33,8 +33,11 @@ TEST_P(Refusals, SayWhatIsWrong) {
     EXPECT_EQ(model->getNumOfBodies(), 1u); // the rest of the model is there
 }
 
-const std::string bodyIDsMissing =
-    "ERROR: Key <BodyIDs> not found in read list of keys! Please check your input file!\n";
+std::string missing(const std::string& key) {
+    return "ERROR: Key <" + key + "> not found in read list of keys! Please check your input file!\n";
+}
+
+const std::string bodyIDsMissing = missing("BodyIDs");
 
 std::string pending(const std::string& what) {
     return "ERROR: Type of " + what + " is not available in this build!\n";
@@ -46,12 +49,18 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"Body", "Rigid", {}, "ERROR: Type of body: Rigidnot valid!\n"},
         Refusal{"Body", "MBS_FlexBody_Full", {}, pending("body: MBS_FlexBody_Full")},
         Refusal{"Force", "gravity", {}, "ERROR: Type of force: gravity not valid!\n"},
-        Refusal{"Force", "GenericForce", {}, pending("force: GenericForce")},
+        Refusal{"Force", "GenericForce", {}, bodyIDsMissing + missing("ForceExpression") + "\n"},
+        Refusal{
+            "Force",
+            "GenericTorque",
+            {{"BodyIDs", "a, 0"}, {"TorqueExpression", "meaval[x]"}},
+            "ERROR: Please check the expression after <TorqueExpression>\nMeasure <x> not found in model! "
+            "Check for typos like disp_X instead of dispX, etc!\n\n"},
+        Refusal{"Force", "RigidContact", {}, pending("force: RigidContact")},
         Refusal{"Force", "TireForce", {}, ""}, Refusal{"Force", "ModalForceSubroutine", {}, ""},
         Refusal{"Actor", "Kinematic", {}, "ERROR: Type of actor: Kinematic not valid!\n"},
         Refusal{"Actor", "KinematicActor", {}, pending("actor: KinematicActor")},
-        Refusal{"DataObject", "Parameter", {}, pending("DataObject: Parameter")},
-        Refusal{"Other", "anything", {}, ""},
+        Refusal{"DataObject", "Parameter", {}, missing("InitialValue")}, Refusal{"Other", "anything", {}, ""},
         Refusal{"Force",
                 "Gravity",
                 {{"GravityAccVector", "0, 0"}},
@@ -68,7 +77,14 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"Measure", "Speed", {{"BodyIDs", "0, a"}}, wrongGroundMeasure},
         Refusal{"Measure", "Speed", {{"BodyIDs", "a, 0"}}, "ERROR: Type of measure: Speed not valid!\n"},
         Refusal{"Measure", "EP", {{"BodyIDs", "a, a"}}, "ERROR: Second BodyID must be 0!\n"},
-        Refusal{"Measure", "EP", {{"BodyIDs", "a, 0"}}, pending("measure: EP")},
+        Refusal{"Measure",
+                "EP",
+                {{"BodyIDs", "a, 0"}},
+                missing("EulerParameterIndex") + missing("IsStateMeasure")},
+        Refusal{"Measure",
+                "FlexTranslational",
+                {{"BodyIDs", "a, 0"}, {"MeasureMode", "disp"}},
+                pending("measure: FlexTranslational")},
         Refusal{"Measure",
                 "Translational",
                 {{"BodyIDs", "a, 0"}, {"MeasureMode", "speed"}, {"MeasureCoordinate", "X"}},
@@ -84,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"Measure",
                 "Translational",
                 {{"BodyIDs", "a, b"}, {"MeasureMode", "vel"}, {"MeasureCoordinate", "XYZ"}},
-                pending("measure: Translational")},
+                "ERROR: Body2 not found using bodyID: b!\n"},
         Refusal{"Measure",
                 "Rotational",
                 {{"BodyIDs", "a, b"}, {"MeasureCoordinate", "LocalAngleVel"}},
@@ -123,7 +139,10 @@ INSTANTIATE_TEST_SUITE_P(
                 {{"BodyIDs", "a, a"}, {"azFixed", "yes"}},
                 "ERROR: Body1 and Body2 are the same body: a!\n"},
         Refusal{"Constraint", "Gear", {{"BodyIDs", "0, a"}}, "ERROR: Body1 not found using bodyID: 0!\n"},
-        Refusal{"Constraint", "TimeMotion", {{"BodyIDs", "a, 0"}}, pending("constraint: TimeMotion")},
+        Refusal{"Constraint",
+                "TimeMotion",
+                {{"BodyIDs", "a, 0"}},
+                missing("PointOfApplication_Body1") + missing("Measure") + missing("MotionExpression")},
         Refusal{"Constraint",
                 "Gear",
                 {{"BodyIDs", "a, 0"}},
