@@ -31,6 +31,22 @@ std::string wordBefore(const std::string& text, std::size_t end, std::size_t& be
     return text.substr(begin, end - begin);
 }
 
+/// The name at the end of a word, which a number may precede: "2e3v" is 2000 times v.
+std::string nameOf(const std::string& word) {
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    std::size_t i = 0;
+    const auto skip = [&](auto belongs) {
+        while (i < word.size() && belongs(word[i]))
+            ++i;
+    };
+    skip([&](char c) { return isDigit(c) || c == '.'; });
+    if (i > 0 && i + 1 < word.size() && (word[i] == 'e' || word[i] == 'E') && isDigit(word[i + 1])) {
+        ++i;
+        skip(isDigit);
+    }
+    return word.substr(i);
+}
+
 /// Place of the bracket that closes the one at `open`; the end of the text if none does.
 std::size_t findClosing(const std::string& text, std::size_t open) {
     int depth = 0;
@@ -54,7 +70,7 @@ std::string guardIndices(const std::string& text) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         const std::size_t close = text[i] == '[' ? findClosing(text, i) : text.size();
         std::size_t begin = 0, beginOfFirst = 0;
-        const std::string name = close < text.size() ? wordBefore(text, i, begin) : "";
+        const std::string name = close < text.size() ? nameOf(wordBefore(text, i, begin)) : "";
         const std::string content = close < text.size() ? text.substr(i + 1, close - i - 1) : "";
         const bool isIndex =
             !name.empty() && !isPlainNumber(content) && wordBefore(text, begin, beginOfFirst) != "var";
