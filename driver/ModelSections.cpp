@@ -157,6 +157,7 @@ void readResultsSection(const toml::table& section, ModelFile& file) {
         if (reader.getFlag(key, &isWanted))
             file.resultKeys.emplace_back(key, isWanted ? "yes" : "no");
     }
+    reader.getFlag("csv", &file.isTableOfMeasuresWanted);
     double value = 0.0;
     for (const char* key : {"OutputTimeBegin", "OutputTimeStepSize"})
         if (reader.getNumber(key, &value, isNotNegative, "not be negative"))

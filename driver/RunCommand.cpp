@@ -1,6 +1,7 @@
 #include "driver/RunCommand.h"
 
 #include "driver/LoadedModel.h"
+#include "driver/MeasureTable.h"
 #include "driver/Redundancy.h"
 #include "driver/Report.h"
 #include "driver/Simulation.h"
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 
 namespace velmora::driver {
 
@@ -90,12 +92,25 @@ int runModel(const Options& options) {
         printToStandardError(fmt::format("velmora: {}\n", results->getErrorString()), MessageKind::Error);
         return WrongUsage;
     }
+    std::optional<MeasureTable> table;
+    if (loaded.file->isTableOfMeasuresWanted && loaded.model->getNumOfMeasures() > 0)
+        table.emplace(loaded.model.get(), loaded.output->getResultFileBase() + ".csv");
     ProgressLine progress(settings.endTime, !options.isQuiet && isErrorOutputTerminal());
-    const RunOutcome outcome = Simulation(loaded.model.get(), loaded.file->dataModel.get(), results.get(),
-                                          settings, [&](double t, double step) { progress.update(t, step); })
+    const RunOutcome outcome = Simulation(
+                                   loaded.model.get(), loaded.file->dataModel.get(), results.get(), settings,
+                                   [&](double t, double step) { progress.update(t, step); },
+                                   [&](double t) {
+                                       if (table)
+                                           table->write(t);
+                                   })
                                    .run();
     progress.clear();
     results.reset();
+    if (table && !table->close()) {
+        printToStandardError(fmt::format("velmora: <{}> can't be written\n", table->getFileName()),
+                             MessageKind::Error);
+        return WrongUsage;
+    }
     if (outcome.isModelAtFault) {
         printToStandardError(fmt::format("{}: error: {}\n", options.modelFile, outcome.diagnostic),
                              MessageKind::Error);
@@ -104,8 +119,11 @@ int runModel(const Options& options) {
     warnOfRedundancy(outcome.start.redundantEquations, options.modelFile);
     if (!outcome.succeeded)
         printToStandardError(fmt::format("velmora: {}\n", outcome.diagnostic), MessageKind::Error);
+    std::vector<std::string> files = getResultFiles(*loaded.output);
+    if (table)
+        files.push_back(table->getFileName());
     if (!options.isQuiet)
-        std::fputs(summarize(outcome, getResultFiles(*loaded.output)).c_str(), stdout);
+        std::fputs(summarize(outcome, files).c_str(), stdout);
     return outcome.succeeded ? Done : SolverFailed;
 }
 

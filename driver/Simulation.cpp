@@ -50,12 +50,13 @@ std::string findErrorInSettings(const SimulationSettings& settings) {
 class Simulation::Impl {
   public:
     Impl(MBS_Model* multibodyModel, IO_DataModel* input, MBS_ResultFileManager* resultFiles,
-         const SimulationSettings& simulationSettings, Progress progressReport)
+         const SimulationSettings& simulationSettings, Progress progressReport, Record recordReport)
         : model(multibodyModel),
           dataModel(input),
           results(resultFiles),
           settings(simulationSettings),
-          progress(std::move(progressReport)) {}
+          progress(std::move(progressReport)),
+          record(std::move(recordReport)) {}
 
     RunOutcome run();
 
@@ -89,6 +90,7 @@ class Simulation::Impl {
     MBS_ResultFileManager* results; // not owned
     SimulationSettings settings;
     Progress progress;
+    Record record;
     std::unique_ptr<HHTSystem> system;
     std::unique_ptr<EquationNames> names;
     std::unique_ptr<Redundancy> redundancy;
@@ -337,8 +339,10 @@ void Simulation::Impl::finishStep(const Plan& plan) {
 
 void Simulation::Impl::writeResults() {
     HHTState& state = integrator->getState();
-    if (results)
-        results->writeResultsToFile(state.time, &state.q, &state.qd, &state.qdd, &state.lambda);
+    const bool isDue =
+        results && results->writeResultsToFile(state.time, &state.q, &state.qd, &state.qdd, &state.lambda);
+    if (isDue && record)
+        record(state.time);
 }
 
 bool Simulation::Impl::failForAccuracy(const Plan& plan) {
@@ -380,8 +384,9 @@ void Simulation::Impl::collectStatistics() {
 }
 
 Simulation::Simulation(MBS_Model* model, IO_DataModel* dataModel, MBS_ResultFileManager* results,
-                       const SimulationSettings& settings, Progress progress)
-    : impl(std::make_unique<Impl>(model, dataModel, results, settings, std::move(progress))) {}
+                       const SimulationSettings& settings, Progress progress, Record record)
+    : impl(std::make_unique<Impl>(model, dataModel, results, settings, std::move(progress),
+                                  std::move(record))) {}
 
 Simulation::~Simulation() = default;
 

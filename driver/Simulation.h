@@ -19,11 +19,13 @@ class Simulation {
   public:
     /// Called after each accepted step with its end time and length.
     using Progress = std::function<void(double t, double step)>;
+    /// Called where a record of results is due, with measures of this time.
+    using Record = std::function<void(double t)>;
 
     /// The model must be free of errors. `dataModel` gives the names in diagnostics; it is the one that the
     /// model was made of. `results` may be null. All three are not owned and must outlive the simulation.
     Simulation(MBS_Model* model, IO_DataModel* dataModel, MBS_ResultFileManager* results,
-               const SimulationSettings& settings, Progress progress = {});
+               const SimulationSettings& settings, Progress progress = {}, Record record = {});
     Simulation(const Simulation&) = delete;
     Simulation& operator=(const Simulation&) = delete;
     ~Simulation();
