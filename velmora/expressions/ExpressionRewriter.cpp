@@ -1,8 +1,6 @@
 #include "velmora/expressions/ExpressionRewriter.h"
 
 #include "velmora/data_objects/MBS_StepFunction.h"
-#include "velmora/expressions/MBS_1D_Function.h"
-#include "velmora/expressions/MBS_FunctionExpression.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/io/StringHelpers.h"
 #include "velmora/measures/MBS_Measure.h"
@@ -44,19 +42,15 @@ std::string symbol(const char* name, std::size_t index) {
 
 } // namespace
 
-ExpressionRewriter::ExpressionRewriter(MBS_FunctionExpression& expression, MBS_Model* owner,
-                                       const MBS_ModelLookUp& objects)
-    : target(expression),
+ExpressionRewriter::ExpressionRewriter(RewrittenText& rewritten, MBS_Model* owner,
+                                       const MBS_ModelLookUp& objects, AddFunction add)
+    : target(rewritten),
       model(owner),
-      lookUp(objects) {}
+      lookUp(objects),
+      addFunction(std::move(add)) {}
 
-void ExpressionRewriter::report(const std::string& message) {
-    target.appendErrorString(message);
-}
-
-void ExpressionRewriter::report(std::initializer_list<const char*> messages) {
-    for (const char* message : messages)
-        report(std::string(message));
+void ExpressionRewriter::report(std::initializer_list<std::string> messages) {
+    target.errors.insert(target.errors.end(), messages);
 }
 
 // "spl[" is part of "akispl[" and "zccspl[", which go first.
@@ -68,12 +62,10 @@ void ExpressionRewriter::rewriteAll() {
     rewrite("spl", &ExpressionRewriter::takeDefaultSpline);
     rewrite("meaval", &ExpressionRewriter::takeMeasure);
     rewrite("simtime", &ExpressionRewriter::takeTime);
-    for (const auto& function : target.functions)
-        target.usesTime = target.usesTime || (function->argument && function->argument->usesTime);
 }
 
 void ExpressionRewriter::rewrite(const std::string& keyword, Action action) {
-    std::string& text = target.expression;
+    std::string& text = target.text;
     for (;;) {
         const std::size_t begin = text.find(keyword + "[");
         if (begin == std::string::npos)
@@ -89,10 +81,10 @@ void ExpressionRewriter::rewrite(const std::string& keyword, Action action) {
 
 /// What stands between this bracket and the one that closes it; `end` is the place behind that.
 std::string ExpressionRewriter::findContent(std::size_t openingBracket, std::size_t& end) {
-    const std::string& text = target.expression;
+    const std::string& text = target.text;
     end = std::min(openingBracket + 2, text.size());
     if (std::ranges::count(text, '[') != std::ranges::count(text, ']')) {
-        report("ERROR: wrong number of brackets in expression <" + text + ">!\n");
+        report({"ERROR: wrong number of brackets in expression <" + text + ">!\n"});
         return {};
     }
     int depth = 0;
@@ -111,16 +103,15 @@ bool ExpressionRewriter::takeParameter(const std::string& label, std::string& re
     if (index == target.parameters.size()) {
         MBS_DataObject* parameter = lookUp.getDataObjectByLabel(label);
         if (!parameter) {
-            report("Parameter <" + label +
-                   "> not found in model! Check for typos like c_1 instead of c1, etc!\n");
+            report({"Parameter <" + label +
+                    "> not found in model! Check for typos like c_1 instead of c1, etc!\n"});
             return false;
         }
         if (parameter->getClassName() != "MBS_Parameter") {
-            report("Given label <" + label + "> not of type Parameter!\n");
+            report({"Given label <" + label + "> not of type Parameter!\n"});
             return false;
         }
         target.parameters.push_back(parameter);
-        ++target.numOfParameters;
     }
     replacement = symbol("par", index);
     return true;
@@ -131,12 +122,11 @@ bool ExpressionRewriter::takeMeasure(const std::string& label, std::string& repl
     if (index == target.measures.size()) {
         MBS_Measure* measure = lookUp.getMeasureByLabel(label);
         if (!measure) {
-            report("Measure <" + label +
-                   "> not found in model! Check for typos like disp_X instead of dispX, etc!\n");
+            report({"Measure <" + label +
+                    "> not found in model! Check for typos like disp_X instead of dispX, etc!\n"});
             return false;
         }
         target.measures.push_back(measure);
-        ++target.numOfMeasures;
     }
     replacement = symbol("mea", index);
     return true;
@@ -165,7 +155,7 @@ bool ExpressionRewriter::takeStep(const std::string& content, std::string& repla
     for (std::size_t i = 0; i < keys.size(); ++i)
         block.addKeyValue(keys[i], pieces[i + 1]);
     target.stepFunctions.push_back(std::make_unique<MBS_StepFunction>(&block, model));
-    addFunction(target.stepFunctions.back().get(), pieces.front(), 0, replacement);
+    takeFunction(target.stepFunctions.back().get(), pieces.front(), 0, replacement);
     return true;
 }
 
@@ -178,10 +168,10 @@ bool ExpressionRewriter::takeSpline(const std::string& content, std::string& rep
     }
     auto* function = dynamic_cast<MBS_1D_DataObject*>(lookUp.getDataObjectByLabel(pieces[1]));
     if (!function) {
-        report("ERROR: " + pieces[1] + " no spline data!\n");
+        report({"ERROR: " + pieces[1] + " no spline data!\n"});
         return false;
     }
-    addFunction(function, pieces[0], splineType, replacement);
+    takeFunction(function, pieces[0], splineType, replacement);
     return true;
 }
 
@@ -197,14 +187,11 @@ bool ExpressionRewriter::takeZeroClampedSpline(const std::string& content, std::
     return takeSpline(content, replacement, 1);
 }
 
-void ExpressionRewriter::addFunction(MBS_1D_DataObject* function, const std::string& argument, int splineType,
-                                     std::string& replacement) {
-    replacement = symbol("funx", target.functions.size());
-    target.functions.push_back(
-        std::make_unique<MBS_1D_Function>(model, lookUp, function, argument, splineType));
-    ++target.numOfFunctions;
-    if (target.functions.back()->isErrorOccured())
-        report(target.functions.back()->getErrorString());
+void ExpressionRewriter::takeFunction(MBS_1D_DataObject* function, const std::string& argument,
+                                      int splineType, std::string& replacement) {
+    replacement = symbol("funx", numOfFunctions++);
+    if (const std::string error = addFunction(function, argument, splineType); !error.empty())
+        report({error});
 }
 
 } // namespace velmora

@@ -2,7 +2,6 @@
 
 #include "velmora/data_objects/MBS_StepFunction.h"
 #include "velmora/expressions/ExpressionRewriter.h"
-#include "velmora/expressions/MBS_1D_Function.h"
 #include "velmora/functions/exprTk_Interface.h"
 #include "velmora/io/StringHelpers.h"
 #include "velmora/measures/MBS_Measure.h"
@@ -18,6 +17,7 @@ namespace velmora {
 
 namespace {
 
+constexpr int defaultOfObject = -1;
 constexpr unsigned numOfSamples = 8;
 constexpr double goldenShare = 0.6180339887498949;
 
@@ -35,13 +35,35 @@ MBS_FunctionExpression::MBS_FunctionExpression(MBS_Model* model, const MBS_Model
                                                std::string text)
     : expression(std::move(text)) {
     toLowerCase(expression);
-    ExpressionRewriter(*this, model, lookUp).rewriteAll();
+    rewrite(model, lookUp);
     evaluator = std::make_unique<FL_FunctionExpression>();
     bindSymbols();
     tryOut();
 }
 
 MBS_FunctionExpression::~MBS_FunctionExpression() = default;
+
+void MBS_FunctionExpression::rewrite(MBS_Model* model, const MBS_ModelLookUp& lookUp) {
+    RewrittenText rewritten;
+    rewritten.text = std::move(expression);
+    const auto addFunction = [&](MBS_1D_DataObject* data, const std::string& argument, int type) {
+        functions.push_back(std::make_unique<MBS_1D_Function>(model, lookUp, data, argument, type));
+        return functions.back()->getErrorString();
+    };
+    ExpressionRewriter(rewritten, model, lookUp, addFunction).rewriteAll();
+    for (const std::string& error : rewritten.errors)
+        appendErrorString(error);
+    expression = std::move(rewritten.text);
+    usesTime = rewritten.usesTime;
+    for (const auto& function : functions)
+        usesTime = usesTime || (function->argument && function->argument->usesTime);
+    measures = std::move(rewritten.measures);
+    parameters = std::move(rewritten.parameters);
+    stepFunctions = std::move(rewritten.stepFunctions);
+    numOfMeasures = static_cast<unsigned>(measures.size());
+    numOfParameters = static_cast<unsigned>(parameters.size());
+    numOfFunctions = static_cast<unsigned>(functions.size());
+}
 
 void MBS_FunctionExpression::bindSymbols() {
     meaValues.resize(numOfMeasures);
@@ -146,6 +168,47 @@ double MBS_FunctionExpression::getSecondTimeDerivative(double t) {
     secondTimeDerivative += sumOverFunctions(
         t, [](MBS_1D_Function& function, double now) { return function.getSecondTimeDerivative(now); });
     return secondTimeDerivative;
+}
+
+MBS_1D_Function::MBS_1D_Function(MBS_Model* model, const MBS_ModelLookUp& lookUp, MBS_1D_DataObject* function,
+                                 std::string argumentText, int type)
+    : dataObject(function),
+      splineType(type) {
+    if (!dataObject)
+        return;
+    argument = std::make_unique<MBS_FunctionExpression>(model, lookUp, std::move(argumentText));
+    if (argument->isErrorOccured())
+        appendErrorString(argument->getErrorString());
+}
+
+MBS_1D_Function::~MBS_1D_Function() = default;
+
+double MBS_1D_Function::getValue(double t) {
+    const double x = argument->getValue(t);
+    return splineType == defaultOfObject ? dataObject->getValue(x) : dataObject->getValue(x, splineType);
+}
+
+double MBS_1D_Function::getFirstTimeDerivative(double t) {
+    lastArgument = argument->getValue(t);
+    const double rate = argument->getFirstTimeDerivative(t);
+    return getFirstDerivative(lastArgument) * rate;
+}
+
+double MBS_1D_Function::getSecondTimeDerivative(double t) {
+    lastArgument = argument->getValue(t);
+    const double rate = argument->getFirstTimeDerivative(t);
+    const double acceleration = argument->getSecondTimeDerivative(t);
+    return getSecondDerivative(lastArgument) * rate * rate + getFirstDerivative(lastArgument) * acceleration;
+}
+
+double MBS_1D_Function::getFirstDerivative(double x) {
+    return splineType == defaultOfObject ? dataObject->getFirstDerivative(x)
+                                         : dataObject->getFirstDerivative(x, splineType);
+}
+
+double MBS_1D_Function::getSecondDerivative(double x) {
+    return splineType == defaultOfObject ? dataObject->getSecondDerivative(x)
+                                         : dataObject->getSecondDerivative(x, splineType);
 }
 
 } // namespace velmora

@@ -10,6 +10,7 @@
 
 namespace velmora {
 
+class MBS_1D_DataObject;
 class MBS_1D_Function;
 class MBS_DataObject;
 class MBS_Measure;
@@ -75,8 +76,7 @@ class MBS_FunctionExpression : public MBS_Item {
     std::unique_ptr<MBM_DenseStandAloneVector> funxDerivatives; ///< null without functions
 
   private:
-    friend class ExpressionRewriter;
-
+    void rewrite(MBS_Model* model, const MBS_ModelLookUp& lookUp);
     void bindSymbols();
     void tryOut();
     void takeSampleValues(unsigned sample);
@@ -84,6 +84,33 @@ class MBS_FunctionExpression : public MBS_Item {
     /// Sum over the functions of time of dF/dfunx times what `rate` gives for one.
     template <class Rate>
     double sumOverFunctions(double t, Rate rate);
+};
+
+/// One call of a function of one variable inside an expression: a data object g, and an expression x of its
+/// own for the argument.
+class MBS_1D_Function : public MBS_Item {
+  public:
+    /// `type` 0 Akima, 1 zero-clamped cubic, -1 as the data object says. Errors are those of the argument.
+    MBS_1D_Function(MBS_Model* model, const MBS_ModelLookUp& lookUp, MBS_1D_DataObject* function,
+                    std::string argumentText, int type);
+    ~MBS_1D_Function() override;
+    std::string getClassName() const override { return "MBS_1D_Function"; }
+
+    /// g(x(t)).
+    double getValue(double t);
+    /// g' x'.
+    double getFirstTimeDerivative(double t);
+    /// g'' x'^2 + g' x''.
+    double getSecondTimeDerivative(double t);
+
+    double lastArgument = 0.0; ///< x at the last derivative
+    std::unique_ptr<MBS_FunctionExpression> argument;
+    MBS_1D_DataObject* dataObject; ///< not owned
+    int splineType;
+
+  private:
+    double getFirstDerivative(double x);
+    double getSecondDerivative(double x);
 };
 
 } // namespace velmora
