@@ -58,6 +58,36 @@ std::size_t findClosing(const std::string& text, std::size_t open) {
     return text.size();
 }
 
+/// A name with brackets behind it.
+struct Brackets {
+    std::string name; ///< empty if there is no name, or no closing bracket
+    std::string content;
+    std::size_t close = 0;      ///< place of the closing bracket
+    bool isDeclaration = false; ///< of a local vector
+};
+
+Brackets readBrackets(const std::string& text, std::size_t open) {
+    Brackets result;
+    result.close = findClosing(text, open);
+    if (result.close == text.size())
+        return result;
+    std::size_t begin = 0, beginOfFirst = 0;
+    result.name = nameOf(wordBefore(text, open, begin));
+    result.content = text.substr(open + 1, result.close - open - 1);
+    result.isDeclaration = wordBefore(text, begin, beginOfFirst) == "var";
+    return result;
+}
+
+/// Whether a whole vector is assigned behind this place: ":=", and no list of elements.
+bool isVectorAssigned(const std::string& text, std::size_t place) {
+    const auto next = [&](std::size_t from) { return text.find_first_not_of(" \t\n\r\f\v", from); };
+    const std::size_t sign = next(place);
+    if (sign == std::string::npos || text.compare(sign, 2, ":=") != 0)
+        return false;
+    const std::size_t value = next(sign + 2);
+    return value != std::string::npos && text[value] != '{' && text[value] != '[';
+}
+
 bool isLoopWord(const std::string& word) {
     constexpr std::array words = {"for", "while", "repeat"};
     return std::ranges::find(words, word) != words.end();
@@ -68,20 +98,40 @@ bool isLoopWord(const std::string& word) {
 std::string guardIndices(const std::string& text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const std::size_t close = text[i] == '[' ? findClosing(text, i) : text.size();
-        std::size_t begin = 0, beginOfFirst = 0;
-        const std::string name = close < text.size() ? nameOf(wordBefore(text, i, begin)) : "";
-        const std::string content = close < text.size() ? text.substr(i + 1, close - i - 1) : "";
-        const bool isIndex =
-            !name.empty() && !isPlainNumber(content) && wordBefore(text, begin, beginOfFirst) != "var";
-        if (!isIndex) {
-            result += text[i];
+        result += text[i];
+        if (text[i] != '[')
             continue;
-        }
-        result += "[max(0, min(" + name + "[] - 1, " + guardIndices(content) + "))]";
-        i = close;
+        const Brackets brackets = readBrackets(text, i);
+        if (brackets.name.empty() || isPlainNumber(brackets.content) != brackets.isDeclaration)
+            continue;
+        if (!brackets.isDeclaration)
+            result += "max(0, min(" + brackets.name + "[] - 1, " + guardIndices(brackets.content) + "))]";
+        else if (isVectorAssigned(text, brackets.close + 1))
+            result += brackets.content + "]; " + brackets.name;
+        else
+            continue;
+        i = brackets.close;
     }
     return result;
+}
+
+std::size_t countLocalElements(const std::string& text, std::size_t most, std::size_t& place) {
+    std::size_t count = 0;
+    for (std::size_t i = text.find('['); i != std::string::npos; i = text.find('[', i + 1)) {
+        const Brackets brackets = readBrackets(text, i);
+        if (!brackets.isDeclaration || brackets.name.empty())
+            continue;
+        std::size_t size = isPlainNumber(brackets.content) ? 0 : most + 1;
+        for (const char c : brackets.content)
+            if (!isBlank(c))
+                size = std::min(most + 1, 10 * size + static_cast<std::size_t>(c - '0'));
+        count += size;
+        if (count > most) {
+            place = i + 1;
+            return most + 1;
+        }
+    }
+    return count;
 }
 
 unsigned countLoops(const std::string& text) {

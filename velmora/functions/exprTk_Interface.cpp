@@ -20,14 +20,18 @@ namespace velmora {
 namespace {
 
 constexpr double mostIterations = 1e6;
+constexpr std::size_t mostLocalElements = 10000;
+constexpr double mostElementsInLoops = 1e8;
 
 /// Stops loops that don't end. A loop counts its own iterations from its beginning; with n loops in a text,
-/// each gets the n-th root of what all may do together.
+/// each gets the n-th root of what all may do together, which is less if local vectors may be worked on.
 struct LoopLimit final : exprtk::loop_runtime_check {
     LoopLimit() { loop_set = e_all_loops; }
-    void setNumOfLoops(unsigned n) {
+    void setLimit(unsigned numOfLoops, std::size_t numOfLocalElements) {
+        const double inAll =
+            std::min(mostIterations, mostElementsInLoops / static_cast<double>(1 + numOfLocalElements));
         max_loop_iterations =
-            static_cast<unsigned long long>(std::pow(mostIterations, 1.0 / std::max(n, 1U)));
+            static_cast<unsigned long long>(std::pow(inAll, 1.0 / std::max(numOfLoops, 1U)));
     }
     void handle_runtime_violation(const violation_context&) override { throw LoopViolation(); }
 
@@ -40,9 +44,15 @@ struct LoopLimit final : exprtk::loop_runtime_check {
 struct exprTk_Interface::Parser {
     /// False, with the reason kept, if the text doesn't compile.
     bool compile(const std::string& text) {
+        const std::size_t numOfLocalElements = countLocalElements(text, mostLocalElements, errorColumn);
+        if (numOfLocalElements > mostLocalElements) {
+            errorText =
+                "The size of a local vector must be a plain number, at most 10000 for all of them together";
+            return false;
+        }
         exprtk::parser<double> compiler;
         compiler.register_loop_runtime_check(limit);
-        limit.setNumOfLoops(countLoops(text));
+        limit.setLimit(countLoops(text), numOfLocalElements);
         exprtk::expression<double> candidate;
         candidate.register_symbol_table(symbols);
         if (compiler.compile(text, candidate)) {

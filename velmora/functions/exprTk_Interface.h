@@ -10,7 +10,8 @@ namespace velmora {
 /// `pi`, `epsilon` and `inf` are known. Texts in quotes, `return` and input and output aren't.
 ///
 /// No text can do harm. An index outside a vector is taken as the nearest one inside; a text that loops for
-/// more than a million times gives a NaN.
+/// more than a million times, or than 1e8 over the number of elements of its local vectors, gives a NaN.
+/// Local vectors have at most 10000 elements together.
 class exprTk_Interface {
   public:
     exprTk_Interface();
