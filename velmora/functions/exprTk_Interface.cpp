@@ -102,6 +102,7 @@ void exprTk_Interface::setExpression(const std::string* text) {
         if (p.compile(*text)) {
             const std::string guarded = guardIndices(*text);
             p.isValid = guarded == *text || p.compile(guarded);
+            p.errorColumn = std::min(p.errorColumn, text->size());
         }
     } catch (const std::bad_alloc&) {
         p.errorText = "the text asks for more memory than there is";
