@@ -238,7 +238,8 @@ TEST_F(Program, ExamplesRun) {
         EXPECT_EQ(run("run '" + entry.path().string() + "'"), 0) << messages;
         const std::string before = "at the end, largest drift ";
         ASSERT_THAT(out, HasSubstr(before));
-        EXPECT_LT(std::stod(out.substr(out.find(before) + before.size())), 2e-5) << entry.path();
+        // The work of drives is summed by the trapezoidal rule, over torques that change quickly.
+        EXPECT_LT(std::stod(out.substr(out.find(before) + before.size())), 1e-3) << entry.path();
     }
     EXPECT_GE(numOfModels, 2u);
 }
