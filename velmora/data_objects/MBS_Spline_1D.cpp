@@ -75,6 +75,8 @@ void MBS_Spline_1D::readPoints(IO_DataModelBlock& block) {
     readFromFile = false;
     unsigned count = 0;
     block.getValue("NumDataPts", &count);
+    if (block.isErrorOccured())
+        return; // no count to read by
     for (const auto& [key, data] : {std::pair("XData", &xData), std::pair("YData", &yData)}) {
         std::string text;
         if (block.isKeyInBlock(key))
