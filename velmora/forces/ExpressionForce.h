@@ -3,6 +3,7 @@
 #include "velmora/bodies/MBS_Body.h"
 #include "velmora/forces/ExpressionLoad.h"
 #include "velmora/forces/MBS_Force.h"
+#include "velmora/matrix/MBM_DenseMatrix.h"
 
 namespace velmora {
 
@@ -45,16 +46,41 @@ class ExpressionForce : public Root {
         this->dependencyMeasures = load->measures();
         this->numOfDependencyMeasures = static_cast<unsigned>(this->dependencyMeasures.size());
     }
-    /// Makes the blocks that the k-th column calls for, with the rows of a body of the force.
+    /// Makes the blocks that the k-th column calls for, with the rows of the n-th body of the force, and
+    /// moves their values to where `valuesOf` finds them.
     template <class Qe_q, class Qe_qd>
-    void addBlocks(const MBS_Body& row, std::size_t k) {
+    void addBlocks(const MBS_Body& row, std::size_t n, std::size_t k) {
         const ExpressionLoad::Column& column = load->columns[k];
-        this->jacobianEntries.push_back({row.bodyIndex, column.body->bodyIndex, nullptr, nullptr});
-        auto& entry = this->jacobianEntries.back();
-        entry.qeQ = std::make_unique<Qe_q>(*this, row, *column.body, k);
-        if (column.needsQd)
-            entry.qeQd = std::make_unique<Qe_qd>(*this, row, *column.body, k);
+        auto q = std::make_unique<Qe_q>(*this, row, *column.body, k);
+        auto qd = column.needsQd ? std::make_unique<Qe_qd>(*this, row, *column.body, k) : nullptr;
+        moveValues(*q, n, column.firstBlock);
+        if (qd)
+            moveValues(*qd, n, column.firstBlock + 1);
+        this->jacobianEntries.push_back({row.bodyIndex, column.body->bodyIndex, std::move(q), std::move(qd)});
     }
+    /// Makes room for blocks of this size with the rows of so many bodies.
+    void reserveValues(std::size_t numOfRowBodies, std::size_t perBlock) {
+        rowBodies = numOfRowBodies;
+        valuesPerBlock = perBlock;
+        values = std::shared_ptr<double[]>(new double[numOfRowBodies * load->numOfBlocks * perBlock]());
+    }
+    /// All values of a block of the n-th row body. The blocks of an evaluation lie one behind the other.
+    double* valuesOf(std::size_t n, std::size_t blockIndex) const {
+        return values.get() + (blockIndex * rowBodies + n) * valuesPerBlock;
+    }
+
+  private:
+    void moveValues(MBS_GeneralBodyBodyMatrix& target, std::size_t n, std::size_t blockIndex) {
+        double* place = valuesOf(n, blockIndex);
+        for (const auto& [r, c] : {std::pair(Trans, Trans), {Trans, Rot}, {Rot, Trans}, {Rot, Rot}})
+            if (auto* matrix = dynamic_cast<MBM_DenseStandAloneMatrix*>(target.block[r][c].get())) {
+                matrix->moveStorage(std::shared_ptr<double[]>(values, place));
+                place += std::size_t{matrix->rows} * matrix->cols;
+            }
+    }
+
+    std::shared_ptr<double[]> values; // of all blocks
+    std::size_t rowBodies = 0, valuesPerBlock = 0;
 };
 
 /// Root of the derivative blocks of such a force.

@@ -15,8 +15,11 @@ ExpressionLoad::ExpressionLoad(MBS_Model* model, const MBS_ModelLookUp& lookUp, 
     : expression(std::make_unique<MBS_FunctionExpression>(model, lookUp, text)) {
     collectColumns(ownBodies);
     std::ranges::sort(columns, {}, [](const Column& column) { return column.body->bodyIndex; });
-    for (const Column& column : columns)
+    for (Column& column : columns) {
         measureRow.resize(std::max<std::size_t>(measureRow.size(), column.body->getNumOfDof()));
+        column.firstBlock = numOfBlocks;
+        numOfBlocks += column.needsQd ? 2 : 1;
+    }
 }
 
 ExpressionLoad::~ExpressionLoad() = default;
@@ -44,7 +47,7 @@ void ExpressionLoad::collectColumns(std::span<MBS_Body* const> ownBodies) {
 
 ExpressionLoad::Column& ExpressionLoad::columnFor(MBS_Body* body) {
     const auto found = std::ranges::find(columns, body, &Column::body);
-    return found != columns.end() ? *found : columns.emplace_back(Column{body, false, false, {}});
+    return found != columns.end() ? *found : columns.emplace_back(Column{body, false, false, {}, 0});
 }
 
 void ExpressionLoad::evaluate(double t, const P* q, const P* qd) {

@@ -36,6 +36,7 @@ class ExpressionLoad {
         MBS_Body* body;                 ///< not owned
         bool needsQ, needsQd;           ///< which blocks it calls for
         std::vector<unsigned> measures; ///< of the expression that measure this body
+        std::size_t firstBlock;         ///< blocks of a row body that stand before it
     };
 
     /// `ownBodies` have a column for q in any case. Other columns come from the measures: a measure of order
@@ -57,6 +58,7 @@ class ExpressionLoad {
     const std::vector<MBS_Measure*>& measures() const;
 
     std::vector<Column> columns;                  ///< in body order
+    std::size_t numOfBlocks = 0;                  ///< of dQ/dq and dQ/dqd over all columns, for one row body
     std::unique_ptr<MBS_3DUnitVector> unitVector; ///< null until set
     double value = 0.0;                           ///< F of the last evaluation
     Vec3 currentDirection; ///< e of the last evaluation; keeps its value while the direction is refused
@@ -66,7 +68,7 @@ class ExpressionLoad {
     Column& columnFor(MBS_Body* body);
 
     std::unique_ptr<MBS_FunctionExpression> expression;
-    std::vector<double> measureRow; // dm_j/dx, work space for the largest body
+    std::vector<double> measureRow;            // dm_j/dx, work space for the largest body
     bool areMeasureDerivativesCurrent = false; // dF/dm_j, of the last evaluation
 };
 

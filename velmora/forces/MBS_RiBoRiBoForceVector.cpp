@@ -37,9 +37,10 @@ MBS_RiBoRiBoForceVector::MBS_RiBoRiBoForceVector(IO_DataModelBlock* block, MBS_M
         load->unitVector = makeGivenDirection(keys.directionType, keys.direction, body1);
     if (!load->unitVector)
         refuse(*block, "ForceDirectionType not defined!\n");
+    reserveValues(2, numOfForceValues);
     for (std::size_t k = 0; k < load->columns.size(); ++k) {
-        addBlocks<MBS_RiBoRiBoForceVector_Qe_q_1x, MBS_RiBoRiBoForceVector_Qe_qd_1x>(*body1, k);
-        addBlocks<MBS_RiBoRiBoForceVector_Qe_q_2x, MBS_RiBoRiBoForceVector_Qe_qd_2x>(*body2, k);
+        addBlocks<MBS_RiBoRiBoForceVector_Qe_q_1x, MBS_RiBoRiBoForceVector_Qe_qd_1x>(*body1, 0, k);
+        addBlocks<MBS_RiBoRiBoForceVector_Qe_q_2x, MBS_RiBoRiBoForceVector_Qe_qd_2x>(*body2, 1, k);
     }
 }
 
@@ -62,19 +63,19 @@ void MBS_RiBoRiBoForceVector::updateColumn(double t, const P* q, const P* qd, co
                                            const C* multipliers, std::size_t k) {
     using enum ExpressionLoad::By;
     const auto& column = load->columns[k];
-    const JacobianEntry &rows1 = jacobianEntries[2 * k], &rows2 = jacobianEntries[2 * k + 1];
     const auto D = load->derivative(Q, t, q, qd, qdd, multipliers, column);
-    setForceRows(*rows1.qeQ, D, pointJacobian1);
-    setForceRows(*rows2.qeQ, -D, pointJacobian2);
-    if (rows1.colBody == body1Index)
-        addOwnRotation(*rows1.qeQ, E(load->vector(), localPoint1));
-    if (rows2.colBody == body2Index)
-        addOwnRotation(*rows2.qeQ, E(-load->vector(), localPoint2));
-    if (!rows1.qeQd)
+    double *rows1 = valuesOf(0, column.firstBlock), *rows2 = valuesOf(1, column.firstBlock);
+    setForceRows(rows1, D, pointJacobian1);
+    setForceRows(rows2, -D, pointJacobian2);
+    if (column.body == body1)
+        addOwnRotation(rows1, numOfForceValues, E(load->vector(), localPoint1));
+    if (column.body == body2)
+        addOwnRotation(rows2, numOfForceValues, E(-load->vector(), localPoint2));
+    if (!column.needsQd)
         return;
     const auto Dd = load->derivative(Qd, t, q, qd, qdd, multipliers, column);
-    setForceRows(*rows1.qeQd, Dd, pointJacobian1);
-    setForceRows(*rows2.qeQd, -Dd, pointJacobian2);
+    setForceRows(valuesOf(0, column.firstBlock + 1), Dd, pointJacobian1);
+    setForceRows(valuesOf(1, column.firstBlock + 1), -Dd, pointJacobian2);
 }
 
 // (4)

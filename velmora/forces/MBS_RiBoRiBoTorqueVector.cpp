@@ -27,9 +27,10 @@ MBS_RiBoRiBoTorqueVector::MBS_RiBoRiBoTorqueVector(IO_DataModelBlock* block, MBS
     load->unitVector = makeGivenDirection(keys.axisType, keys.axis, body1);
     if (!load->unitVector)
         refuse(*block, "AxisType not defined!\n");
+    reserveValues(2, numOfTorqueValues);
     for (std::size_t k = 0; k < load->columns.size(); ++k) {
-        addBlocks<MBS_RiBoRiBoTorqueVector_Qe_q_1x, MBS_RiBoRiBoTorqueVector_Qe_qd_1x>(*body1, k);
-        addBlocks<MBS_RiBoRiBoTorqueVector_Qe_q_2x, MBS_RiBoRiBoTorqueVector_Qe_qd_2x>(*body2, k);
+        addBlocks<MBS_RiBoRiBoTorqueVector_Qe_q_1x, MBS_RiBoRiBoTorqueVector_Qe_qd_1x>(*body1, 0, k);
+        addBlocks<MBS_RiBoRiBoTorqueVector_Qe_q_2x, MBS_RiBoRiBoTorqueVector_Qe_qd_2x>(*body2, 1, k);
     }
 }
 
@@ -46,20 +47,20 @@ void MBS_RiBoRiBoTorqueVector::updateColumn(double t, const P* q, const P* qd, c
                                             const C* multipliers, std::size_t k) {
     using enum ExpressionLoad::By;
     const auto& column = load->columns[k];
-    const JacobianEntry &rows1 = jacobianEntries[2 * k], &rows2 = jacobianEntries[2 * k + 1];
     const Mat34 G1 = bodyCommons1->G(), G2 = bodyCommons2->G();
     const auto D = load->derivative(Q, t, q, qd, qdd, multipliers, column);
-    setTorqueRows(*rows1.qeQ, D, G1);
-    setTorqueRows(*rows2.qeQ, -D, G2);
-    if (rows1.colBody == body1Index)
-        addOwnRotation(*rows1.qeQ, H(load->vector()));
-    if (rows2.colBody == body2Index)
-        addOwnRotation(*rows2.qeQ, H(-load->vector()));
-    if (!rows1.qeQd)
+    double *rows1 = valuesOf(0, column.firstBlock), *rows2 = valuesOf(1, column.firstBlock);
+    setTorqueRows(rows1, D, G1);
+    setTorqueRows(rows2, -D, G2);
+    if (column.body == body1)
+        addOwnRotation(rows1, numOfTorqueValues, H(load->vector()));
+    if (column.body == body2)
+        addOwnRotation(rows2, numOfTorqueValues, H(-load->vector()));
+    if (!column.needsQd)
         return;
     const auto Dd = load->derivative(Qd, t, q, qd, qdd, multipliers, column);
-    setTorqueRows(*rows1.qeQd, Dd, G1);
-    setTorqueRows(*rows2.qeQd, -Dd, G2);
+    setTorqueRows(valuesOf(0, column.firstBlock + 1), Dd, G1);
+    setTorqueRows(valuesOf(1, column.firstBlock + 1), -Dd, G2);
 }
 
 // (4)

@@ -34,8 +34,9 @@ MBS_SingleRiBoForceVector::MBS_SingleRiBoForceVector(IO_DataModelBlock* block, M
         load->unitVector = makeGivenDirection(keys.directionType, keys.direction, body);
     if (!load->unitVector)
         refuse(*block, "ForceDirectionType not defined!\n");
+    reserveValues(1, numOfForceValues);
     for (std::size_t k = 0; k < load->columns.size(); ++k)
-        addBlocks<MBS_SingleRiBoForceVector_Qe_q, MBS_SingleRiBoForceVector_Qe_qd>(*body, k);
+        addBlocks<MBS_SingleRiBoForceVector_Qe_q, MBS_SingleRiBoForceVector_Qe_qd>(*body, 0, k);
 }
 
 // (1)
@@ -52,12 +53,13 @@ void MBS_SingleRiBoForceVector::updateColumn(double t, const P* q, const P* qd, 
                                              const C* multipliers, std::size_t k) {
     using enum ExpressionLoad::By;
     const auto& column = load->columns[k];
-    const JacobianEntry& entry = jacobianEntries[k];
-    setForceRows(*entry.qeQ, load->derivative(Q, t, q, qd, qdd, multipliers, column), pointJacobian);
-    if (entry.colBody == bodyIndex)
-        addOwnRotation(*entry.qeQ, E(load->vector(), localPoint));
-    if (entry.qeQd)
-        setForceRows(*entry.qeQd, load->derivative(Qd, t, q, qd, qdd, multipliers, column), pointJacobian);
+    double* rows = valuesOf(0, column.firstBlock);
+    setForceRows(rows, load->derivative(Q, t, q, qd, qdd, multipliers, column), pointJacobian);
+    if (column.body == body)
+        addOwnRotation(rows, numOfForceValues, E(load->vector(), localPoint));
+    if (column.needsQd)
+        setForceRows(valuesOf(0, column.firstBlock + 1),
+                     load->derivative(Qd, t, q, qd, qdd, multipliers, column), pointJacobian);
 }
 
 // (4)

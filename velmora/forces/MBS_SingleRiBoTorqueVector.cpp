@@ -26,8 +26,9 @@ MBS_SingleRiBoTorqueVector::MBS_SingleRiBoTorqueVector(IO_DataModelBlock* block,
     load->unitVector = makeGivenDirection(keys.axisType, keys.axis, body);
     if (!load->unitVector)
         refuse(*block, "AxisType <" + keys.axisType + "> not defined!\n");
+    reserveValues(1, numOfTorqueValues);
     for (std::size_t k = 0; k < load->columns.size(); ++k)
-        addBlocks<MBS_SingleRiBoTorqueVector_Qe_q, MBS_SingleRiBoTorqueVector_Qe_qd>(*body, k);
+        addBlocks<MBS_SingleRiBoTorqueVector_Qe_q, MBS_SingleRiBoTorqueVector_Qe_qd>(*body, 0, k);
 }
 
 // (1)
@@ -41,13 +42,14 @@ void MBS_SingleRiBoTorqueVector::updateColumn(double t, const P* q, const P* qd,
                                               const C* multipliers, std::size_t k) {
     using enum ExpressionLoad::By;
     const auto& column = load->columns[k];
-    const JacobianEntry& entry = jacobianEntries[k];
     const Mat34 G = bodyCommons->G();
-    setTorqueRows(*entry.qeQ, load->derivative(Q, t, q, qd, qdd, multipliers, column), G);
-    if (entry.colBody == bodyIndex)
-        addOwnRotation(*entry.qeQ, H(load->vector()));
-    if (entry.qeQd)
-        setTorqueRows(*entry.qeQd, load->derivative(Qd, t, q, qd, qdd, multipliers, column), G);
+    double* rows = valuesOf(0, column.firstBlock);
+    setTorqueRows(rows, load->derivative(Q, t, q, qd, qdd, multipliers, column), G);
+    if (column.body == body)
+        addOwnRotation(rows, numOfTorqueValues, H(load->vector()));
+    if (column.needsQd)
+        setTorqueRows(valuesOf(0, column.firstBlock + 1),
+                      load->derivative(Qd, t, q, qd, qdd, multipliers, column), G);
 }
 
 // (4)
