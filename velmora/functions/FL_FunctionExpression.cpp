@@ -101,24 +101,27 @@ void FL_FunctionExpression::computeGradient(unsigned symbol, const double* point
         return;
     for (unsigned s = 0; s < numOfSymbols; ++s)
         std::copy_n(s == symbol ? point : symbolValues[s], symbolSizes[s], perturbedValues[s].get());
-    if (differenceOrder == 1)
+    double valueAtPoint = 0.0; // which is `value` but for second derivatives
+    if (differenceOrder == 1) {
         value = evaluator->evaluateExpression();
+        valueAtPoint = perturbedEvaluator->evaluateExpression();
+    }
     double* const elements = perturbedValues[symbol].get();
     for (unsigned k = 0; k < symbolSizes[symbol]; ++k) {
         const double v = elements[k];
-        out[k] = differenceOf(elements[k], v, stepAt(v, shares->first));
+        out[k] = differenceOf(elements[k], v, stepAt(v, shares->first), valueAtPoint);
         elements[k] = v;
     }
 }
 
 // (1), (2), (4)
-double FL_FunctionExpression::differenceOf(double& element, double v, double h) {
+double FL_FunctionExpression::differenceOf(double& element, double v, double h, double valueAtV) {
     const auto f = [&](double x) {
         element = x;
         return perturbedEvaluator->evaluateExpression();
     };
     if (differenceOrder == 1)
-        return (f(v + h) - value) / h;
+        return (f(v + h) - valueAtV) / h;
     const double near = f(v + h) - f(v - h);
     if (differenceOrder == 2)
         return near / (2.0 * h);

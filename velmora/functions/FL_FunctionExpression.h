@@ -60,7 +60,7 @@ class FL_FunctionExpression final : public FL_FunctionObject {
     unsigned findSymbol(const std::string& name) const;
     /// Gradient by one symbol, whose values stand at `point`; the others have their present ones.
     void computeGradient(unsigned symbol, const double* point, double* out);
-    double differenceOf(double& element, double v, double h);
+    double differenceOf(double& element, double v, double h, double valueAtV);
     void computeRow(unsigned symbol, unsigned i);
 };
 
