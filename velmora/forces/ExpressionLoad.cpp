@@ -12,14 +12,10 @@ namespace velmora {
 
 ExpressionLoad::ExpressionLoad(MBS_Model* model, const MBS_ModelLookUp& lookUp, const std::string& text,
                                std::span<MBS_Body* const> ownBodies)
-    : expression(std::make_unique<MBS_FunctionExpression>(model, lookUp, text)) {
+    : expression(std::make_unique<MBS_FunctionExpression>(model, lookUp, text)),
+      measureDerivatives(expression->meaDerivatives ? expression->meaDerivatives->data : nullptr) {
     collectColumns(ownBodies);
-    std::ranges::sort(columns, {}, [](const Column& column) { return column.body->bodyIndex; });
-    for (Column& column : columns) {
-        measureRow.resize(std::max<std::size_t>(measureRow.size(), column.body->getNumOfDof()));
-        column.firstBlock = numOfBlocks;
-        numOfBlocks += column.needsQd ? 2 : 1;
-    }
+    numberColumns();
 }
 
 ExpressionLoad::~ExpressionLoad() = default;
@@ -33,21 +29,39 @@ void ExpressionLoad::collectColumns(std::span<MBS_Body* const> ownBodies) {
     for (MBS_Body* body : ownBodies)
         columnFor(body).needsQ = true;
     for (unsigned j = 0; j < expression->numOfMeasures; ++j) {
-        const MBS_Measure& measure = *expression->measures[j];
-        for (MBS_Body* body : measure.measureBodies) {
+        MBS_Measure* measure = expression->measures[j];
+        for (MBS_Body* body : measure->measureBodies) {
             Column& column = columnFor(body);
-            column.needsQ |= measure.measureOrder <= 1;
-            column.needsQd |= measure.measureOrder == 1;
-            if (column.measures.empty() || column.measures.back() != j)
-                column.measures.push_back(j);
+            column.needsQ |= measure->measureOrder <= 1;
+            column.needsQd |= measure->measureOrder == 1;
+            if (parts.empty() || parts.back().body != body || parts.back().j != j)
+                parts.push_back({body, measure, j});
         }
     }
     std::erase_if(columns, [](const Column& column) { return !column.needsQ; });
 }
 
+// Sorts columns, and parts with them, by body.
+void ExpressionLoad::numberColumns() {
+    std::ranges::sort(columns, {}, &Column::bodyIndex);
+    std::ranges::stable_sort(parts, {}, [](const Part& part) { return part.body->bodyIndex; });
+    for (Column& column : columns) {
+        const auto own = std::ranges::equal_range(parts, column.bodyIndex, {},
+                                                  [](const Part& part) { return part.body->bodyIndex; });
+        column.firstPart = static_cast<unsigned>(own.begin() - parts.begin());
+        column.endOfParts = static_cast<unsigned>(own.end() - parts.begin());
+        column.firstBlock = numOfBlocks;
+        numOfBlocks += column.needsQd ? 2 : 1;
+        measureRow.resize(std::max<std::size_t>(measureRow.size(), column.numOfDof));
+    }
+}
+
 ExpressionLoad::Column& ExpressionLoad::columnFor(MBS_Body* body) {
     const auto found = std::ranges::find(columns, body, &Column::body);
-    return found != columns.end() ? *found : columns.emplace_back(Column{body, false, false, {}, 0});
+    if (found != columns.end())
+        return *found;
+    return columns.emplace_back(
+        Column{.body = body, .bodyIndex = body->bodyIndex, .numOfDof = body->getNumOfDof()});
 }
 
 void ExpressionLoad::evaluate(double t, const P* q, const P* qd) {
@@ -58,20 +72,20 @@ void ExpressionLoad::evaluate(double t, const P* q, const P* qd) {
 
 ExpressionLoad::Mat37 ExpressionLoad::derivative(By by, double t, const P* q, const P* qd, const P* qdd,
                                                  const C* multipliers, const Column& column) {
-    const unsigned x = column.body->bodyIndex;
-    if (!areMeasureDerivativesCurrent)
+    const unsigned x = column.bodyIndex;
+    if (!areMeasureDerivativesCurrent && !parts.empty())
         expression->updateMeasureDerivatives(t);
     areMeasureDerivativesCurrent = true;
-    const auto row = std::span(measureRow).first(column.body->getNumOfDof());
+    const auto row = std::span(measureRow).first(column.numOfDof);
     Mat<1, 7> g;
-    for (const unsigned j : column.measures) {
-        MBS_Measure& measure = *expression->measures[j];
+    for (unsigned k = column.firstPart; k < column.endOfParts; ++k) {
+        MBS_Measure& measure = *parts[k].measure;
         std::ranges::fill(row, 0.0); // some measures leave their row
         if (by == By::Q)
             measure.getMeasure_q(t, q, qd, qdd, multipliers, x, row);
         else
             measure.getMeasure_qd(t, q, qd, qdd, multipliers, x, row);
-        g += expression->meaDerivatives->data[j] * Mat<1, 7>::from(row.data());
+        g += measureDerivatives[parts[k].j] * Mat<1, 7>::from(row.data());
     }
     Mat37 D;
     if (by == By::Q)

@@ -33,10 +33,11 @@ class ExpressionLoad {
 
     /// One body whose coordinates matter.
     struct Column {
-        MBS_Body* body;                 ///< not owned
-        bool needsQ, needsQd;           ///< which blocks it calls for
-        std::vector<unsigned> measures; ///< of the expression that measure this body
-        std::size_t firstBlock;         ///< blocks of a row body that stand before it
+        MBS_Body* body = nullptr;               ///< not owned
+        unsigned bodyIndex = 0, numOfDof = 0;   ///< of the body
+        bool needsQ = false, needsQd = false;   ///< which blocks it calls for
+        unsigned firstBlock = 0;                ///< number of blocks of a row body that stand before it
+        unsigned firstPart = 0, endOfParts = 0; ///< those of the measures on this body
     };
 
     /// `ownBodies` have a column for q in any case. Other columns come from the measures: a measure of order
@@ -58,16 +59,26 @@ class ExpressionLoad {
     const std::vector<MBS_Measure*>& measures() const;
 
     std::vector<Column> columns;                  ///< in body order
-    std::size_t numOfBlocks = 0;                  ///< of dQ/dq and dQ/dqd over all columns, for one row body
+    unsigned numOfBlocks = 0;                     ///< of dQ/dq and dQ/dqd over all columns, for one row body
     std::unique_ptr<MBS_3DUnitVector> unitVector; ///< null until set
     double value = 0.0;                           ///< F of the last evaluation
     Vec3 currentDirection; ///< e of the last evaluation; keeps its value while the direction is refused
 
   private:
+    /// What a measure of the expression contributes to the column of a body.
+    struct Part {
+        MBS_Body* body;       // not owned
+        MBS_Measure* measure; // not owned
+        unsigned j;           // of the measure
+    };
+
     void collectColumns(std::span<MBS_Body* const> ownBodies);
+    void numberColumns();
     Column& columnFor(MBS_Body* body);
 
     std::unique_ptr<MBS_FunctionExpression> expression;
+    std::vector<Part> parts;                   // in the order of columns
+    const double* measureDerivatives;          // dF/dm_j in the expression; null without measures
     std::vector<double> measureRow;            // dm_j/dx, work space for the largest body
     bool areMeasureDerivativesCurrent = false; // dF/dm_j, of the last evaluation
 };
