@@ -134,7 +134,8 @@ TYPED_TEST(Splines, StartAnewWithFewerPoints) {
 }
 
 TYPED_TEST(Splines, ReadTableFiles) {
-    const auto path = std::filesystem::path(testing::TempDir()) / "velmora_spline_table.txt";
+    const auto path =
+        std::filesystem::path(testing::TempDir()) / ("velmora_table_" + this->spline.getClassName());
     std::ofstream table(path);
     table << "time, nothing, force\n";
     table.precision(17);
