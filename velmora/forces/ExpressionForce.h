@@ -4,6 +4,7 @@
 #include "velmora/forces/ExpressionLoad.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/matrix/MBM_DenseMatrix.h"
+#include "velmora/model/FetchAhead.h"
 
 namespace velmora {
 
@@ -31,6 +32,14 @@ class ExpressionForce : public Root {
                                P* Q) override {
         if (Vec3 derivative; load->parameterDerivative(t, q, qd, parameter, derivative))
             addLoad(derivative, q, Q);
+    }
+    void fetchAhead(unsigned step) const override {
+        if (step == 0) {
+            fetch(load.get(), sizeof(ExpressionLoad));
+            fetch(blockValues.get(), rowBodies * load->numOfBlocks * valuesPerBlock * sizeof(double));
+        } else {
+            load->fetchAhead(step);
+        }
     }
     /// Refreshes all blocks of the k-th column of the load, at the state of the last evaluation.
     virtual void updateColumn(double t, const P* q, const P* qd, const P* qdd, const C* multipliers,
@@ -62,11 +71,11 @@ class ExpressionForce : public Root {
     void reserveValues(std::size_t numOfRowBodies, std::size_t perBlock) {
         rowBodies = numOfRowBodies;
         valuesPerBlock = perBlock;
-        values = std::shared_ptr<double[]>(new double[numOfRowBodies * load->numOfBlocks * perBlock]());
+        blockValues = std::shared_ptr<double[]>(new double[numOfRowBodies * load->numOfBlocks * perBlock]());
     }
     /// All values of a block of the n-th row body. The blocks of an evaluation lie one behind the other.
     double* valuesOf(std::size_t n, std::size_t blockIndex) const {
-        return values.get() + (blockIndex * rowBodies + n) * valuesPerBlock;
+        return blockValues.get() + (blockIndex * rowBodies + n) * valuesPerBlock;
     }
 
   private:
@@ -74,12 +83,12 @@ class ExpressionForce : public Root {
         double* place = valuesOf(n, blockIndex);
         for (const auto& [r, c] : {std::pair(Trans, Trans), {Trans, Rot}, {Rot, Trans}, {Rot, Rot}})
             if (auto* matrix = dynamic_cast<MBM_DenseStandAloneMatrix*>(target.block[r][c].get())) {
-                matrix->moveStorage(std::shared_ptr<double[]>(values, place));
+                matrix->moveStorage(std::shared_ptr<double[]>(blockValues, place));
                 place += std::size_t{matrix->rows} * matrix->cols;
             }
     }
 
-    std::shared_ptr<double[]> values; // of all blocks
+    std::shared_ptr<double[]> blockValues; // of all blocks
     std::size_t rowBodies = 0, valuesPerBlock = 0;
 };
 

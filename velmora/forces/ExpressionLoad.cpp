@@ -5,10 +5,17 @@
 #include "velmora/expressions/MBS_FunctionExpression.h"
 #include "velmora/io/StringHelpers.h"
 #include "velmora/measures/MBS_Measure.h"
+#include "velmora/model/FetchAhead.h"
 
 #include <algorithm>
 
 namespace velmora {
+
+namespace {
+
+constexpr std::size_t measureBytes = 384, evaluatorBytes = 384; // what they read of themselves, about
+
+} // namespace
 
 ExpressionLoad::ExpressionLoad(MBS_Model* model, const MBS_ModelLookUp& lookUp, const std::string& text,
                                std::span<MBS_Body* const> ownBodies)
@@ -44,12 +51,13 @@ void ExpressionLoad::collectColumns(std::span<MBS_Body* const> ownBodies) {
 // Sorts columns, and parts with them, by body.
 void ExpressionLoad::numberColumns() {
     std::ranges::sort(columns, {}, &Column::bodyIndex);
-    std::ranges::stable_sort(parts, {}, [](const Part& part) { return part.body->bodyIndex; });
+    const auto indexOf = [](const Part& part) { return part.body->bodyIndex; };
+    std::ranges::stable_sort(parts, {}, indexOf);
     for (Column& column : columns) {
-        const auto own = std::ranges::equal_range(parts, column.bodyIndex, {},
-                                                  [](const Part& part) { return part.body->bodyIndex; });
-        column.firstPart = static_cast<unsigned>(own.begin() - parts.begin());
-        column.endOfParts = static_cast<unsigned>(own.end() - parts.begin());
+        const auto first = std::ranges::lower_bound(parts, column.bodyIndex, {}, indexOf);
+        const auto end = std::ranges::upper_bound(parts, column.bodyIndex, {}, indexOf);
+        column.firstPart = static_cast<unsigned>(first - parts.begin());
+        column.endOfParts = static_cast<unsigned>(end - parts.begin());
         column.firstBlock = numOfBlocks;
         numOfBlocks += column.needsQd ? 2 : 1;
         measureRow.resize(std::max<std::size_t>(measureRow.size(), column.numOfDof));
@@ -62,6 +70,22 @@ ExpressionLoad::Column& ExpressionLoad::columnFor(MBS_Body* body) {
         return *found;
     return columns.emplace_back(
         Column{.body = body, .bodyIndex = body->bodyIndex, .numOfDof = body->getNumOfDof()});
+}
+
+void ExpressionLoad::fetchAhead(unsigned step) const {
+    if (step == 1) {
+        fetch(columns.data(), columns.size() * sizeof(Column));
+        fetch(parts.data(), parts.size() * sizeof(Part));
+        fetch(expression.get(), sizeof(MBS_FunctionExpression));
+        fetch(unitVector.get(), sizeof(MBS_3DUnitVector_BodyBody));
+        fetch(measureRow.data(), measureRow.size() * sizeof(double));
+        fetch(measureDerivatives, 1);
+        return;
+    }
+    for (const Part& part : parts)
+        fetch(part.measure, measureBytes);
+    fetch(expression->evaluator.get(), evaluatorBytes);
+    fetch(expression->meaValues.data(), 1);
 }
 
 void ExpressionLoad::evaluate(double t, const P* q, const P* qd) {

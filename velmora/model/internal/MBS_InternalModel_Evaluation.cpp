@@ -4,6 +4,7 @@
 #include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/model/BlockProducts.h"
+#include "velmora/model/FetchAhead.h"
 #include "velmora/model/MBS_ModelDofVector.h"
 #include "velmora/model/internal/MBS_InternalModel.h"
 
@@ -47,8 +48,7 @@ void MBS_InternalModel::updateMatricesForJacobian(double t, const P* q, const P*
                                                   const C* multipliers) {
     for (const auto& group : bodyGroups)
         group->updateForJacobian(t, q, qd, qdd, multipliers);
-    for (const auto& force : forces)
-        force->updateMatricesForJacobian(t, q, qd, qdd);
+    forEachFetchedAhead(forces, [&](MBS_Force& force) { force.updateMatricesForJacobian(t, q, qd, qdd); });
     for (const auto& group : constraintGroups)
         group->updateForJacobian(t, q, qd, qdd, multipliers);
 }
@@ -107,8 +107,7 @@ void MBS_InternalModel::getConstraintForces(const C* multipliers, P* out) {
 
 void MBS_InternalModel::getExternalForces(double t, const P* q, const P* qd, const P*, P* out) {
     clearAll(out);
-    for (const auto& force : forces)
-        force->addExternalForces(t, q, qd, nullptr, out);
+    forEachFetchedAhead(forces, [&](MBS_Force& force) { force.addExternalForces(t, q, qd, nullptr, out); });
 }
 
 void MBS_InternalModel::getExternalForcesDPar(double t, const P* q, const P* qd, const P* qdd,

@@ -4,6 +4,7 @@
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/io/StringHelpers.h"
 #include "velmora/measures/MBS_Measure.h"
+#include "velmora/model/FetchAhead.h"
 #include "velmora/model/internal/MBS_InternalModel.h"
 
 #include <algorithm>
@@ -70,8 +71,12 @@ void MBS_InternalModel::resetModel() {
 }
 
 void MBS_InternalModel::updateMeasures(double t, const P* q, const P* qd, const P* qdd) {
-    for (const auto& measure : measures)
-        measure->updateMeasure(t, q, qd, qdd);
+    constexpr std::size_t distance = 8, measureBytes = 384; // what most measures read of themselves
+    for (std::size_t i = 0; i < measures.size(); ++i) {
+        if (i + distance < measures.size())
+            fetch(measures[i + distance].get(), measureBytes);
+        measures[i]->updateMeasure(t, q, qd, qdd);
+    }
 }
 
 double MBS_InternalModel::getMeasureValueByLabel(const std::string* label) {
