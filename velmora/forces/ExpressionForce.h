@@ -33,13 +33,12 @@ class ExpressionForce : public Root {
         if (Vec3 derivative; load->parameterDerivative(t, q, qd, parameter, derivative))
             addLoad(derivative, q, Q);
     }
-    void fetchAhead(unsigned step) const override {
-        if (step == 0) {
-            fetch(load.get(), sizeof(ExpressionLoad));
+    void fetchAhead(unsigned step, bool isForBlocks) const override {
+        if (step > 0)
+            return load->fetchAhead(step, isForBlocks);
+        fetch(load.get(), sizeof(ExpressionLoad));
+        if (isForBlocks)
             fetch(blockValues.get(), rowBodies * load->numOfBlocks * valuesPerBlock * sizeof(double));
-        } else {
-            load->fetchAhead(step);
-        }
     }
     /// Refreshes all blocks of the k-th column of the load, at the state of the last evaluation.
     virtual void updateColumn(double t, const P* q, const P* qd, const P* qdd, const C* multipliers,

@@ -72,20 +72,22 @@ ExpressionLoad::Column& ExpressionLoad::columnFor(MBS_Body* body) {
         Column{.body = body, .bodyIndex = body->bodyIndex, .numOfDof = body->getNumOfDof()});
 }
 
-void ExpressionLoad::fetchAhead(unsigned step) const {
+void ExpressionLoad::fetchAhead(unsigned step, bool isForBlocks) const {
     if (step == 1) {
-        fetch(columns.data(), columns.size() * sizeof(Column));
-        fetch(parts.data(), parts.size() * sizeof(Part));
         fetch(expression.get(), sizeof(MBS_FunctionExpression));
         fetch(unitVector.get(), sizeof(MBS_3DUnitVector_BodyBody));
+        if (!isForBlocks)
+            return;
+        fetch(columns.data(), columns.size() * sizeof(Column));
+        fetch(parts.data(), parts.size() * sizeof(Part));
         fetch(measureRow.data(), measureRow.size() * sizeof(double));
         fetch(measureDerivatives, 1);
         return;
     }
-    for (const Part& part : parts)
-        fetch(part.measure, measureBytes);
     fetch(expression->evaluator.get(), evaluatorBytes);
     fetch(expression->meaValues.data(), 1);
+    for (unsigned k = 0; isForBlocks && k < parts.size(); ++k)
+        fetch(parts[k].measure, measureBytes);
 }
 
 void ExpressionLoad::evaluate(double t, const P* q, const P* qd) {

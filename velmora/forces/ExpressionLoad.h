@@ -57,9 +57,9 @@ class ExpressionLoad {
     /// hold it.
     bool parameterDerivative(double t, const P* q, const P* qd, const std::string& label, Vec3& result);
     const std::vector<MBS_Measure*>& measures() const;
-    /// Asks for memory that the next evaluation reads: step 1 for what this object points to, step 2 for what
-    /// that points to.
-    void fetchAhead(unsigned step) const;
+    /// Asks for memory that the next evaluation or derivatives read: step 1 for what this object points to,
+    /// step 2 for what that points to.
+    void fetchAhead(unsigned step, bool isForBlocks) const;
 
     std::vector<Column> columns;                  ///< in body order
     unsigned numOfBlocks = 0;                     ///< of dQ/dq and dQ/dqd over all columns, for one row body

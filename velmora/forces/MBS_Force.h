@@ -70,8 +70,9 @@ class MBS_Force : public MBS_ModelObject {
     virtual void updateMatricesForJacobian(double t, const P* q, const P* qd, const P* qdd);
     /// What the force result file shows: eight vectors, global frame.
     virtual void getForceResultData(const P*, const P*, const P*, const C*, ResultData&) {}
-    /// Asks for memory that the next evaluation reads; see `forEachFetchedAhead`.
-    virtual void fetchAhead(unsigned) const {}
+    /// Asks for memory that the next evaluation reads, or the next refresh of the blocks; see
+    /// `forEachFetchedAhead` for the steps.
+    virtual void fetchAhead(unsigned, bool) const {}
     virtual bool hasForceResultData() const { return true; }
     virtual bool isGravityForce() const { return false; }
     virtual bool isSingleBodyForce() const { return false; }

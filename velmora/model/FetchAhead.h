@@ -17,10 +17,10 @@ inline void fetch(const void* begin, std::size_t numOfBytes) {
 
 /// Calls `work` on each object of a list of pointers. Objects that lie scattered in memory, with members that
 /// do so too, are waited for line after line; so each is asked beforehand to fetch what it will read, by
-/// `fetchAhead(step)` for the steps 0, 1, 2, of which each may read what the one before has fetched, and step
-/// 0 the object itself.
-template <class Objects, class Work>
-void forEachFetchedAhead(const Objects& objects, Work work) {
+/// `ask(object, step)` for the steps 0, 1, 2, of which each may read what the one before has fetched, and
+/// step 0 the object itself.
+template <class Objects, class Ask, class Work>
+void forEachFetchedAhead(const Objects& objects, Ask ask, Work work) {
     constexpr std::size_t distance = 2; // in objects, from step to step
     constexpr std::size_t objectBytes = 640;
     const std::size_t n = objects.size();
@@ -29,7 +29,7 @@ void forEachFetchedAhead(const Objects& objects, Work work) {
             fetch(objects[i + 4 * distance].get(), objectBytes);
         for (unsigned step = 0; step < 3; ++step)
             if (i + (3 - step) * distance < n)
-                objects[i + (3 - step) * distance]->fetchAhead(step);
+                ask(*objects[i + (3 - step) * distance], step);
         work(*objects[i]);
     }
 }

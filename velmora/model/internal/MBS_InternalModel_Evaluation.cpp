@@ -48,7 +48,9 @@ void MBS_InternalModel::updateMatricesForJacobian(double t, const P* q, const P*
                                                   const C* multipliers) {
     for (const auto& group : bodyGroups)
         group->updateForJacobian(t, q, qd, qdd, multipliers);
-    forEachFetchedAhead(forces, [&](MBS_Force& force) { force.updateMatricesForJacobian(t, q, qd, qdd); });
+    const auto ask = [](const MBS_Force& force, unsigned step) { force.fetchAhead(step, true); };
+    forEachFetchedAhead(forces, ask,
+                        [&](MBS_Force& force) { force.updateMatricesForJacobian(t, q, qd, qdd); });
     for (const auto& group : constraintGroups)
         group->updateForJacobian(t, q, qd, qdd, multipliers);
 }
@@ -107,7 +109,9 @@ void MBS_InternalModel::getConstraintForces(const C* multipliers, P* out) {
 
 void MBS_InternalModel::getExternalForces(double t, const P* q, const P* qd, const P*, P* out) {
     clearAll(out);
-    forEachFetchedAhead(forces, [&](MBS_Force& force) { force.addExternalForces(t, q, qd, nullptr, out); });
+    const auto ask = [](const MBS_Force& force, unsigned step) { force.fetchAhead(step, false); };
+    forEachFetchedAhead(forces, ask,
+                        [&](MBS_Force& force) { force.addExternalForces(t, q, qd, nullptr, out); });
 }
 
 void MBS_InternalModel::getExternalForcesDPar(double t, const P* q, const P* qd, const P* qdd,
