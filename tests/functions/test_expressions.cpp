@@ -75,6 +75,9 @@ constexpr Value sound[] = {
     {"repeat x; until (x < 0)", nan},
     {"while (x > 0) { while (x > 0) { x; 1; } }", nan},
     {"while (x > 0) { for (var i := 0; x > 0; i += 1) { repeat x; until (x < 0) } }", nan},
+    {"for (var i := 0; i < 9e5; i += 1) { for (var j := 0; j < 9e5; j += 1) { x; } }", nan},
+    {"for (var i := 0; i < 9e5; i += 1) { 2for (var j := 0; j < 9e5; j += 1) { x; } }", nan},
+    {"for (var i := 0; i < 9e5; i += 1) { 1e+0for (var j := 0; j < 9e5; j += 1) { x; } }", nan},
     {"1 + while (x > 0) { x; 1; }", nan},
     {"var w[10000]; while (x > 0) { w := w + 1; 1; }", nan},
 };

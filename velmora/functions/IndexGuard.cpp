@@ -140,7 +140,7 @@ unsigned countLoops(const std::string& text) {
         std::size_t end = i;
         while (end < text.size() && isNamePart(text[end]))
             ++end;
-        count += isLoopWord(text.substr(i, end - i));
+        count += isLoopWord(nameOf(text.substr(i, end - i)));
         i = std::max(end, i + 1);
     }
     return count;
