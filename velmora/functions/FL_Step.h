@@ -4,11 +4,13 @@
 
 namespace velmora {
 
-/// From y0 before `begin` to y1 from `end` on, with y0 and y1 at `begin` of a hard step. Between them a
-/// smooth step follows, with u = (x - begin) / (end - begin), by its mode:
+/// From y0 before `begin` to y1 from `end` on; a hard step is y1 from `begin` on. Between them a smooth step
+/// is y0 + (y1 - y0) s(u), u = (x - begin) / (end - begin), by its mode:
 ///
-///     "polynomial"   70 u^9 - 315 u^8 + 540 u^7 - 420 u^6 + 126 u^5, four derivatives of which vanish at
-///     both ends "cosine"       (1 - cos(pi u)) / 2
+///     "polynomial"  s = 70 u^9 - 315 u^8 + 540 u^7 - 420 u^6 + 126 u^5
+///     "cosine"      s = (1 - cos(pi u)) / 2
+///
+/// Four derivatives of the polynomial vanish at both ends.
 class FL_Step final : public FL_1DFunction {
   public:
     /// `stepMode` "polynomial" or "cosine"; any other makes a hard step.
