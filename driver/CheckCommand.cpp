@@ -1,5 +1,6 @@
 #include "driver/CheckCommand.h"
 
+#include "driver/DerivativeCheck.h"
 #include "driver/LoadedModel.h"
 #include "driver/Redundancy.h"
 #include "driver/Terminal.h"
@@ -88,14 +89,33 @@ bool printInitialState(const LoadedModel& loaded) {
 
 } // namespace
 
+namespace {
+
+/// False if a derivative differs that isn't meant to.
+bool printDerivatives(const LoadedModel& loaded) {
+    bool isSound = true;
+    fmt::print("\n{:<40}{:>14}{:>14}  {}\n", "Derivative", "analytic", "difference", "verdict; place");
+    for (const DerivativeRow& row : checkDerivatives(*loaded.model, *loaded.file->dataModel)) {
+        fmt::print("{:<40}{:>14.6g}{:>14.6g}  {}{}\n", row.block, row.analytic, row.difference, row.verdict,
+                   row.entry.empty() ? "" : "; " + row.entry);
+        isSound = isSound && row.verdict != "DIFFERS";
+    }
+    return isSound;
+}
+
+} // namespace
+
 int checkModel(const Options& options) {
     const LoadedModel loaded = loadModel(options, false);
     if (!loaded.model)
         return loaded.exitCode;
     printContents(*loaded.file->dataModel);
     printEquations(*loaded.model);
-    if (printInitialState(loaded))
-        return Done;
+    if (printInitialState(loaded)) {
+        const bool isSound =
+            !options.checksDerivatives || loaded.model->getNumOfBodies() == 0 || printDerivatives(loaded);
+        return isSound ? Done : ModelHasErrors;
+    }
     std::fflush(stdout);
     printToStandardError(
         fmt::format("{}: error: the residuals at the start aren't finite\n", options.modelFile),

@@ -56,7 +56,9 @@ int runProgram(int argc, const char* const* argv) {
         ->type_name("T")
         ->check(findErrorInEndTime);
     run->add_flag("--quiet", options.isQuiet, "Show neither progress nor summary");
-    addCommand(app, options, "check", "Look for errors and show what a model holds");
+    CLI::App* check = addCommand(app, options, "check", "Look for errors and show what a model holds");
+    check->add_flag("--derivatives", options.checksDerivatives,
+                    "Compare all derivatives of the model with differences");
     app.allow_extras(); // for own messages; commands, which would take this over, were made before
     try {
         app.parse(argc, argv);

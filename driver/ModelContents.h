@@ -75,7 +75,7 @@ struct ModelFile {
     SimulationSection simulation;
     std::vector<ModelChange> changes; ///< in rising order of time
     std::vector<std::pair<std::string, std::string>>
-        resultKeys;           ///< section [results], as texts for the kernel
+        resultKeys;                       ///< section [results], as texts for the kernel
     bool isTableOfMeasuresWanted = false; ///< csv = true
     unsigned resultsLine = 0; ///< on which the table after [results] begins, or the last; 0 without [results]
     std::vector<Finding> findings;

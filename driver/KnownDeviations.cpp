@@ -1,0 +1,121 @@
+#include "driver/KnownDeviations.h"
+
+#include <velmora/velmora.h>
+
+#include <algorithm>
+#include <cctype>
+
+namespace velmora::driver {
+
+namespace {
+
+using Place = EquationNames::Place;
+
+std::string toLower(std::string text) {
+    std::ranges::transform(text, text.begin(), [](unsigned char c) { return std::tolower(c); });
+    return text;
+}
+
+std::string textOf(const IO_DataModelBlock& block, const char* key) {
+    const auto found = std::ranges::find(block.keys, key);
+    return found == block.keys.end() ? ""
+                                     : block.values[static_cast<std::size_t>(found - block.keys.begin())];
+}
+
+std::vector<std::string> idsOf(const IO_DataModelBlock& block) {
+    IO_DataModelBlock probe(block); // a failed read leaves its text on the block
+    std::vector<std::string> ids;
+    if (probe.isKeyInBlock("BodyIDs"))
+        probe.getValue("BodyIDs", &ids);
+    return ids;
+}
+
+std::string expressionOf(const IO_DataModelBlock& load) {
+    return toLower(textOf(load, "ForceExpression") + textOf(load, "TorqueExpression"));
+}
+
+/// Why the rows of a measure may differ from what they derive; empty if they may not.
+std::string findReasonInMeasure(const IO_DataModelBlock& measure) {
+    const std::string coordinate = textOf(measure, "MeasureCoordinate"),
+                      mode = textOf(measure, "MeasureMode");
+    const std::vector<std::string> ids = idsOf(measure);
+    if (mode == "acc" || coordinate == "LocalAngleVel")
+        return "accelerations and local angular velocities aren't differentiated";
+    if (coordinate == "Angle")
+        return "rows of angles are exact while the vector lies in its plane, of unit length";
+    if (mode == "disp" && coordinate != "XYZ" && ids.size() > 1 && ids[1] != "0")
+        return "rows of differences in the frame of a body are exact for Euler parameters of norm 1";
+    return {};
+}
+
+/// A function of one variable with a measure in its argument.
+bool hasMeasureInFunction(const std::string& expression) {
+    for (const char* word : {"spl[", "step["})
+        for (std::size_t i = expression.find(word); i != std::string::npos;
+             i = expression.find(word, i + 1)) {
+            const std::size_t end = std::min(expression.find(',', i), expression.size());
+            if (expression.substr(i, end - i).find("meaval[") != std::string::npos)
+                return true;
+        }
+    return false;
+}
+
+} // namespace
+
+KnownDeviations::KnownDeviations(IO_DataModel& dataModel)
+    : bodies(dataModel.getBlocksOfKind("Body")),
+      joints(dataModel.getBlocksOfKind("Constraint")),
+      loads(dataModel.getBlocksOfKind("Force")) {
+    for (IO_DataModelBlock* block : dataModel.getBlocksOfKind("Measure"))
+        measures.emplace(toLower(block->label), block);
+}
+
+bool KnownDeviations::isBodyOf(const IO_DataModelBlock& block, const Place& place) const {
+    const std::vector<std::string> ids = idsOf(block);
+    return place.kind == Place::Coordinate && place.owner < bodies.size() &&
+           std::ranges::find(ids, bodies[place.owner]->uuid) != ids.end();
+}
+
+std::string KnownDeviations::findReason(unsigned code, const Place& row, const Place& col) const {
+    if (code == ExternalForce_q || code == ExternalForce_qd)
+        return findReasonInLoads(row, col);
+    if (code == ExternalConstraintForce_q || code == ConstraintJacobian)
+        return findReasonInJoints(row, col);
+    return {};
+}
+
+std::string KnownDeviations::findReasonInLoads(const Place& row, const Place& col) const {
+    for (const IO_DataModelBlock* load : loads) {
+        if (!isBodyOf(*load, row))
+            continue;
+        const std::string expression = expressionOf(*load);
+        const std::vector<std::string> ids = idsOf(*load);
+        if (load->type == "GenericForce" && ids.size() > 1 && ids[1] == "0" && row.owner == col.owner &&
+            row.kind == col.kind)
+            return "a force on one body has blocks for measured bodies alone";
+        if (hasMeasureInFunction(expression))
+            return "measures in the argument of a function aren't reached";
+        for (const auto& [label, measure] : measures) {
+            if (!isBodyOf(*measure, col) || expression.find("[" + label + "]") == std::string::npos)
+                continue;
+            const std::string reason = findReasonInMeasure(*measure);
+            if (!reason.empty())
+                return reason;
+        }
+    }
+    return {};
+}
+
+std::string KnownDeviations::findReasonInJoints(const Place& row, const Place& col) const {
+    for (const IO_DataModelBlock* joint : joints) {
+        if (!isBodyOf(*joint, col) || (row.kind == Place::Coordinate && !isBodyOf(*joint, row)))
+            continue;
+        if (joint->type == "Gear")
+            return "a gear that starts turned has no second derivatives";
+        if (joint->type == "TimeMotion")
+            return "a motion's rows are exact while what drives it is a unit vector";
+    }
+    return {};
+}
+
+} // namespace velmora::driver
