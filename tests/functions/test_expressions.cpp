@@ -64,6 +64,7 @@ constexpr Value sound[] = {
     // local vectors
     {"var w[3] := {1, 2}; w[x * 9] + w[x - 1]", 2.0},
     {"var w[9] := v; w[x] + w[8]", 3.0},
+    {"x; 2var w[9] := v; w[8] + w[x + 7]", 0.0},
     {"var w [9] := v + 1; w[x - 1] + w[x + 9]", 3.0},
     {"var w[9] := [x]; w[8]", 2.0},
     {"var w[10000]; w[9999] + x", 2.0},
@@ -114,6 +115,7 @@ const Fault faults[] = {
     {"var w[5000]; var z[5001]; x", 19, sizeMessage.c_str()},
     {"var w[2000000000]; w[5]", 6, sizeMessage.c_str()},
     {"var w[99999999999999999999999999]; x", 6, sizeMessage.c_str()},
+    {"2var w[10001]; x", 7, sizeMessage.c_str()},
     {"var w[100 * 100]; x", 6, sizeMessage.c_str()},
     {repeat("(", 500) + "x" + repeat(")", 500), 1001, "stack depth"},
     {repeat("v[", 100) + "x" + repeat("]", 100), 301, "stack depth"},

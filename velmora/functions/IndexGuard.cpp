@@ -74,7 +74,7 @@ Brackets readBrackets(const std::string& text, std::size_t open) {
     std::size_t begin = 0, beginOfFirst = 0;
     result.name = nameOf(wordBefore(text, open, begin));
     result.content = text.substr(open + 1, result.close - open - 1);
-    result.isDeclaration = wordBefore(text, begin, beginOfFirst) == "var";
+    result.isDeclaration = nameOf(wordBefore(text, begin, beginOfFirst)) == "var";
     return result;
 }
 
