@@ -77,6 +77,16 @@ std::string findWrongKind(const MBS_KeyInfo& key, const ValueKinds& kinds, const
     return kinds.hasFlag ? "true or false where a number belongs" : "";
 }
 
+/// The line of a text that holds a place, and a caret below the place.
+std::string showPlace(const std::string& text, std::size_t column) {
+    const std::size_t begin = column == 0 ? 0 : text.rfind('\n', column - 1) + 1; // 0 without a line feed
+    std::string line = text.substr(begin, text.find('\n', begin) - begin), blanks = line;
+    blanks.resize(column - begin, ' ');
+    std::ranges::replace_if(
+        blanks, [](char c) { return c != '\t'; }, ' ');
+    return fmt::format("\n    {}\n    {}^", line, blanks);
+}
+
 /// One pass over all blocks of a file.
 class Checker {
   public:
@@ -107,6 +117,8 @@ class Checker {
     void checkInertiaOf(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key);
     void checkBodyIDs(const MBS_KeyInfo& key);
     void checkLabel(const MBS_KeyInfo& key, const char* kind, const char* name);
+    void checkExpression(const MBS_KeyInfo& key);
+    std::string findProblem(const MBS_ExpressionMention& mention);
 
     ModelFile& file;
     std::span<const MBS_BlockTypeInfo> vocabulary;
@@ -114,6 +126,7 @@ class Checker {
     std::map<std::string, std::size_t> firstBlocks; // UUID, index of the first block that has it
     Names bodies;                                   // their UUIDs
     std::map<std::string, Names> labels;            // of each kind, in lower case
+    std::map<std::string, std::string> dataTypes;   // of data objects, by label in lower case
     Block* block = nullptr;                         // in work
     const BlockPlace* place = nullptr;              // of this block
 };
@@ -123,6 +136,8 @@ void Checker::collectNames() {
     for (std::size_t i = 0; i < blocks.size(); ++i) {
         firstBlocks.emplace(blocks[i]->uuid, i);
         labels[blocks[i]->kind].insert(toLower(blocks[i]->label));
+        if (blocks[i]->kind == "DataObject")
+            dataTypes.emplace(toLower(blocks[i]->label), blocks[i]->type);
         if (blocks[i]->kind == "Body")
             bodies.insert(blocks[i]->uuid);
     }
@@ -243,8 +258,9 @@ void Checker::checkRole(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key) {
         return checkLabel(key, "Measure", "measure");
     case MBS_KeyRole::DataObjectLabel:
         return checkLabel(key, "DataObject", "data object");
-    case MBS_KeyRole::Plain:
     case MBS_KeyRole::Expression:
+        return checkExpression(key);
+    case MBS_KeyRole::Plain:
     case MBS_KeyRole::File:
         break;
     }
@@ -278,6 +294,32 @@ void Checker::checkLabel(const MBS_KeyInfo& key, const char* kind, const char* n
     const Names& known = labels[kind];
     if (!known.contains(toLower(label)))
         report(key.name, fmt::format("no {} has the label <{}>{}", name, label, suggest(label, known)));
+}
+
+/// What is wrong with a label in an expression; empty if nothing.
+std::string Checker::findProblem(const MBS_ExpressionMention& mention) {
+    const bool isMeasure = mention.kind == MBS_ExpressionMention::Measure;
+    const Names& known = labels[isMeasure ? "Measure" : "DataObject"];
+    if (!known.contains(mention.label))
+        return fmt::format("no {} has the label <{}>{}", isMeasure ? "measure" : "data object", mention.label,
+                           suggest(mention.label, known));
+    if (isMeasure)
+        return {};
+    const bool isParameter = dataTypes[mention.label] == "Parameter";
+    if (isParameter == (mention.kind == MBS_ExpressionMention::Parameter))
+        return {};
+    return fmt::format("the data object <{}> is {}", mention.label,
+                       isParameter ? "a parameter, where a spline belongs" : "no parameter");
+}
+
+void Checker::checkExpression(const MBS_KeyInfo& key) {
+    const std::string text = getText(*block, key.name);
+    const MBS_ExpressionFinding finding = MBS_checkExpression(text);
+    for (const MBS_ExpressionMention& mention : finding.mentions)
+        if (const std::string problem = findProblem(mention); !problem.empty())
+            report(key.name, problem + showPlace(text, mention.column));
+    if (!finding.message.empty())
+        report(key.name, finding.message + showPlace(text, finding.column));
 }
 
 } // namespace

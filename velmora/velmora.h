@@ -1,6 +1,7 @@
 #pragma once
 
 // Everything that a solver needs to drive the kernel.
+#include "velmora/expressions/MBS_ExpressionCheck.h"
 #include "velmora/global_matrix/MBS_GlobalModelMatrix.h"
 #include "velmora/io/IO_DataModel.h"
 #include "velmora/io/IO_OutputManager.h"
