@@ -87,16 +87,12 @@ bool printInitialState(const LoadedModel& loaded) {
     return isFinite;
 }
 
-} // namespace
-
-namespace {
-
 /// False if a derivative differs that isn't meant to.
 bool printDerivatives(const LoadedModel& loaded) {
     bool isSound = true;
-    fmt::print("\n{:<40}{:>14}{:>14}  {}\n", "Derivative", "analytic", "difference", "verdict; place");
+    fmt::print("\n{:<60}{:>14}{:>14}  {}\n", "Derivative", "analytic", "difference", "verdict; place");
     for (const DerivativeRow& row : checkDerivatives(*loaded.model, *loaded.file->dataModel)) {
-        fmt::print("{:<40}{:>14.6g}{:>14.6g}  {}{}\n", row.block, row.analytic, row.difference, row.verdict,
+        fmt::print("{:<60}{:>14.6g}{:>14.6g}  {}{}\n", row.block, row.analytic, row.difference, row.verdict,
                    row.entry.empty() ? "" : "; " + row.entry);
         isSound = isSound && row.verdict != "DIFFERS";
     }

@@ -55,7 +55,41 @@ constexpr Kind kinds[] = {
     {InnerConstraintForce_q, "forces of norms by positions", By::Positions},
     {ExternalConstraintForce_q, "forces of joints by positions", By::Positions},
     {ConstraintJacobian, "constraints by positions", By::Positions},
+    {ConstraintJacobianT, "constraints by positions, transposed", By::Positions},
 };
+
+bool isOfConstraints(const Kind& kind) {
+    return kind.code == ConstraintJacobian || kind.code == ConstraintJacobianT;
+}
+
+/// The entries of a matrix that aren't zero, column after column.
+struct Columns {
+    std::vector<std::vector<std::pair<unsigned, double>>> entries; // row and value
+    Vector largestOfRows;
+
+    Columns(const MBM_SparseMat_CSR3& sparse, bool isTransposed, unsigned numOfRows, unsigned numOfColumns)
+        : entries(numOfColumns),
+          largestOfRows(numOfRows, 0.0) {
+        for (unsigned i = 0; i < sparse.rows; ++i)
+            for (unsigned k = sparse.rowIndex[i] - 1; k < sparse.rowIndex[i + 1] - 1; ++k) {
+                const unsigned j = sparse.colIndices[k] - 1, row = isTransposed ? j : i;
+                // A model without constraints has a matrix of one empty row.
+                if (row >= numOfRows)
+                    continue;
+                entries[isTransposed ? i : j].emplace_back(row, sparse.values[k]);
+                largestOfRows[row] = std::max(largestOfRows[row], std::fabs(sparse.values[k]));
+            }
+    }
+};
+
+/// Positions, orientation and modes of a body are blocks of their own.
+enum Part : unsigned { Trans = 0, Rot = 3, Flex = 3 + numOfRotDof };
+
+unsigned getPart(const EquationNames::Place& place) {
+    if (place.kind != EquationNames::Place::Coordinate)
+        return 0;
+    return place.index < Rot ? Trans : place.index < Flex ? Rot : Flex;
+}
 
 /// The worst entry of a block.
 struct Worst {
@@ -80,7 +114,7 @@ class Checker {
     Checker(MBS_Model& checkedModel, IO_DataModel& input)
         : model(checkedModel),
           names(&checkedModel, &input),
-          deviations(input),
+          deviations(input, names),
           system(&checkedModel),
           state(&checkedModel),
           start(&checkedModel),
@@ -104,8 +138,6 @@ class Checker {
     }
 
   private:
-    using Block = std::pair<std::string, std::string>; // names of rows and columns
-
     double draw() { return std::uniform_real_distribution<double>(-1.0, 1.0)(random); }
     void moveTo(double t);
     void evaluate();
@@ -114,7 +146,9 @@ class Checker {
     Vector differenceBy(double& coordinate, const Kind& kind);
     double sizeOfTerms(const Kind& kind);
     void report(const Kind& kind);
+    unsigned getFirstOfBlock(unsigned equation) const;
     DerivativeRow makeRow(const Kind& kind, const Worst& worst, std::string block) const;
+    std::string nameBlock(unsigned equation) const;
     unsigned equationOf(const Kind& kind, unsigned row) const;
 
     MBS_Model& model;
@@ -126,7 +160,7 @@ class Checker {
     MBS_ModelConstraintDofVector residual;
     double extent = 1.0;
     std::mt19937 random;
-    std::map<std::pair<unsigned, unsigned>, Worst> blocks; // by the owners of rows and columns
+    std::map<std::pair<unsigned, unsigned>, Worst> blocks; // by first row and column
     std::vector<DerivativeRow> rows;
 };
 
@@ -211,7 +245,7 @@ Vector Checker::differenceBy(double& coordinate, const Kind& kind) {
 
 /// Of what is summed up in the values that are differenced, and may cancel there.
 double Checker::sizeOfTerms(const Kind& kind) {
-    if (kind.code == ConstraintJacobian)
+    if (isOfConstraints(kind))
         return extent;
     model.getAccInertiaForces(&state.qdd, &out);
     const double* forces = out.dofVector->data;
@@ -231,36 +265,48 @@ void Checker::compare(const Kind& kind) {
     const std::unique_ptr<MBS_GlobalModelMatrix> matrix(
         model.createModelRelatedMatrix(1, 1, &code, &zero, &zero, &weight, false));
     matrix->update();
-    const MBM_SparseMat_CSR3& sparse = *matrix->getPointerToSparseJacobian();
     MBM_DenseVector& variable = *(kind.by == By::Positions ? state.q
                                   : kind.by == By::Rates   ? state.qd
                                                            : state.qdd)
                                      .dofVector;
     const double size = sizeOfTerms(kind);
-    Vector largest(value.size(), 0.0);
-    std::vector<std::vector<std::pair<unsigned, double>>> columns(variable.size);
-    for (unsigned row = 0; row < std::min<std::size_t>(sparse.rows, value.size()); ++row)
-        for (unsigned k = sparse.rowIndex[row] - 1; k < sparse.rowIndex[row + 1] - 1; ++k) {
-            columns[sparse.colIndices[k] - 1].emplace_back(row, sparse.values[k]);
-            largest[row] = std::max(largest[row], std::fabs(sparse.values[k]));
-        }
+    const Columns columns(*matrix->getPointerToSparseJacobian(), kind.code == ConstraintJacobianT,
+                          static_cast<unsigned>(value.size()), variable.size);
     for (unsigned col = 0; col < variable.size; ++col) {
         const Vector difference = differenceBy(variable.data[col], kind);
         Vector analytic(value.size(), 0.0);
-        for (const auto& [row, x] : columns[col])
+        for (const auto& [row, x] : columns.entries[col])
             analytic[row] = x;
-        const EquationNames::Place by = names.locate(col);
+        const unsigned firstCol = getFirstOfBlock(col);
         for (unsigned row = 0; row < value.size(); ++row) {
-            const EquationNames::Place of = names.locate(equationOf(kind, row));
             if (analytic[row] != 0.0 || difference[row] != 0.0)
-                blocks[{equationOf(kind, row) - of.index, col - by.index}].take(
-                    {analytic[row], difference[row], largest[row], size + std::fabs(value[row])}, row, col);
+                blocks[{getFirstOfBlock(equationOf(kind, row)), firstCol}].take(
+                    {analytic[row], difference[row], columns.largestOfRows[row],
+                     size + std::fabs(value[row])},
+                    row, col);
         }
     }
 }
 
+unsigned Checker::getFirstOfBlock(unsigned equation) const {
+    const EquationNames::Place place = names.locate(equation);
+    return equation - place.index + getPart(place);
+}
+
+/// "body <link1> rot", "constraint hinge".
+std::string Checker::nameBlock(unsigned equation) const {
+    const EquationNames::Place place = names.locate(equation);
+    if (place.kind == EquationNames::Place::Constraint)
+        return "constraint " + names.getOwnerName(equation - system.getNumOfPhysicalDof());
+    const std::string body = names.getBodyName(place.owner);
+    if (place.kind == EquationNames::Place::Norm)
+        return body + " norm";
+    const unsigned part = getPart(place);
+    return body + (part == Trans ? " trans" : part == Rot ? " rot" : " flex");
+}
+
 unsigned Checker::equationOf(const Kind& kind, unsigned row) const {
-    return kind.code == ConstraintJacobian ? system.getNumOfPhysicalDof() + row : row;
+    return isOfConstraints(kind) ? system.getNumOfPhysicalDof() + row : row;
 }
 
 DerivativeRow Checker::makeRow(const Kind& kind, const Worst& worst, std::string block) const {
@@ -282,7 +328,10 @@ void Checker::report(const Kind& kind) {
     std::vector<DerivativeRow> faults;
     for (const auto& [owners, worst] : blocks) {
         if (worst.differs())
-            faults.push_back(makeRow(kind, worst, fmt::format("  {}", kind.name)));
+            faults.push_back(
+                makeRow(kind, worst,
+                        fmt::format("  rows of {}, columns of {}", nameBlock(equationOf(kind, worst.row)),
+                                    nameBlock(worst.col))));
         else if (worst.error > sound.error)
             sound = worst;
     }

@@ -95,6 +95,11 @@ const EquationNames::Source* EquationNames::getSource(unsigned constraint) const
     return constraint < sources.size() ? &sources[constraint] : nullptr;
 }
 
+const IO_DataModelBlock* EquationNames::getConstraintBlock(unsigned constraint) const {
+    const Source* source = getSource(constraint);
+    return source ? source->block : nullptr;
+}
+
 std::string EquationNames::getBodyUuid(unsigned body) const {
     const bool isInOrder = dataModel->getNumOfBlocks("Body") == model->getNumOfBodies();
     const IO_DataModelBlock* block = isInOrder ? dataModel->getBlock("Body", body) : nullptr;

@@ -33,6 +33,9 @@ class EquationNames {
     /// "body <link1>", with the label if there is one.
     std::string getBodyName(unsigned body) const;
 
+    /// Block that a constraint, counted from 0, was made of; null if that can't be told.
+    const IO_DataModelBlock* getConstraintBlock(unsigned constraint) const;
+
     /// Constraint equation, from 0, in short: "dzFixed of hinge (link1, ground)".
     std::string getShortName(unsigned equation) const;
     /// Label of the constraint, or UUID of the body, to which a constraint equation belongs.

@@ -62,8 +62,9 @@ bool hasMeasureInFunction(const std::string& expression) {
 
 } // namespace
 
-KnownDeviations::KnownDeviations(IO_DataModel& dataModel)
-    : bodies(dataModel.getBlocksOfKind("Body")),
+KnownDeviations::KnownDeviations(IO_DataModel& dataModel, const EquationNames& equationNames)
+    : names(equationNames),
+      bodies(dataModel.getBlocksOfKind("Body")),
       joints(dataModel.getBlocksOfKind("Constraint")),
       loads(dataModel.getBlocksOfKind("Force")) {
     for (IO_DataModelBlock* block : dataModel.getBlocksOfKind("Measure"))
@@ -79,8 +80,8 @@ bool KnownDeviations::isBodyOf(const IO_DataModelBlock& block, const Place& plac
 std::string KnownDeviations::findReason(unsigned code, const Place& row, const Place& col) const {
     if (code == ExternalForce_q || code == ExternalForce_qd)
         return findReasonInLoads(row, col);
-    if (code == ExternalConstraintForce_q || code == ConstraintJacobian)
-        return findReasonInJoints(row, col);
+    if (code == ExternalConstraintForce_q || code == ConstraintJacobian || code == ConstraintJacobianT)
+        return findReasonInJoints(code, row, col);
     return {};
 }
 
@@ -106,16 +107,28 @@ std::string KnownDeviations::findReasonInLoads(const Place& row, const Place& co
     return {};
 }
 
-std::string KnownDeviations::findReasonInJoints(const Place& row, const Place& col) const {
+std::string KnownDeviations::findReasonInJoints(unsigned code, const Place& row, const Place& col) const {
+    if (row.kind == Place::Constraint) {
+        const IO_DataModelBlock* joint = names.getConstraintBlock(row.owner);
+        return joint ? findReasonInJoint(code, *joint) : "";
+    }
     for (const IO_DataModelBlock* joint : joints) {
-        if (!isBodyOf(*joint, col) || (row.kind == Place::Coordinate && !isBodyOf(*joint, row)))
+        if (!isBodyOf(*joint, col) || !isBodyOf(*joint, row))
             continue;
-        if (joint->type == "Gear")
-            return "a gear that starts turned has no second derivatives";
-        if (joint->type == "TimeMotion")
-            return "a motion's rows are exact while what drives it is a unit vector";
+        const std::string reason = findReasonInJoint(code, *joint);
+        if (!reason.empty())
+            return reason;
     }
     return {};
+}
+
+std::string KnownDeviations::findReasonInJoint(unsigned code, const IO_DataModelBlock& joint) const {
+    if (joint.type == "Gear" && code == ExternalConstraintForce_q)
+        return "a gear that starts turned has no second derivatives";
+    if (joint.type != "TimeMotion")
+        return {};
+    const auto found = measures.find(toLower(textOf(joint, "Measure")));
+    return found == measures.end() ? "" : findReasonInMeasure(*found->second);
 }
 
 } // namespace velmora::driver
