@@ -38,24 +38,24 @@ enum class By { Positions, Rates, Accelerations };
 
 /// A kind of derivative that a solver asks for.
 struct Kind {
-    unsigned code;
     const char* name;
+    unsigned code;
     By by;
 };
 
 constexpr Kind kinds[] = {
-    {MassMatrix, "inertia forces by accelerations", By::Accelerations},
-    {InertiaForce_q, "inertia forces by positions", By::Positions},
-    {VelInertiaForce_q, "velocity inertia forces by positions", By::Positions},
-    {VelInertiaForce_qd, "velocity inertia forces by rates", By::Rates},
-    {ElasticForce_q, "elastic forces by positions", By::Positions},
-    {DampingForce_qd, "damping forces by rates", By::Rates},
-    {ExternalForce_q, "applied forces by positions", By::Positions},
-    {ExternalForce_qd, "applied forces by rates", By::Rates},
-    {InnerConstraintForce_q, "forces of norms by positions", By::Positions},
-    {ExternalConstraintForce_q, "forces of joints by positions", By::Positions},
-    {ConstraintJacobian, "constraints by positions", By::Positions},
-    {ConstraintJacobianT, "constraints by positions, transposed", By::Positions},
+    {"inertia forces by accelerations", MassMatrix, By::Accelerations},
+    {"inertia forces by positions", InertiaForce_q, By::Positions},
+    {"velocity inertia forces by positions", VelInertiaForce_q, By::Positions},
+    {"velocity inertia forces by rates", VelInertiaForce_qd, By::Rates},
+    {"elastic forces by positions", ElasticForce_q, By::Positions},
+    {"damping forces by rates", DampingForce_qd, By::Rates},
+    {"applied forces by positions", ExternalForce_q, By::Positions},
+    {"applied forces by rates", ExternalForce_qd, By::Rates},
+    {"forces of norms by positions", InnerConstraintForce_q, By::Positions},
+    {"forces of joints by positions", ExternalConstraintForce_q, By::Positions},
+    {"constraints by positions", ConstraintJacobian, By::Positions},
+    {"constraints by positions, transposed", ConstraintJacobianT, By::Positions},
 };
 
 bool isOfConstraints(const Kind& kind) {

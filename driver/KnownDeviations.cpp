@@ -99,7 +99,7 @@ std::string KnownDeviations::findReasonInLoads(const Place& row, const Place& co
         for (const auto& [label, measure] : measures) {
             if (!isBodyOf(*measure, col) || expression.find("[" + label + "]") == std::string::npos)
                 continue;
-            const std::string reason = findReasonInMeasure(*measure);
+            std::string reason = findReasonInMeasure(*measure);
             if (!reason.empty())
                 return reason;
         }
@@ -115,7 +115,7 @@ std::string KnownDeviations::findReasonInJoints(unsigned code, const Place& row,
     for (const IO_DataModelBlock* joint : joints) {
         if (!isBodyOf(*joint, col) || !isBodyOf(*joint, row))
             continue;
-        const std::string reason = findReasonInJoint(code, *joint);
+        std::string reason = findReasonInJoint(code, *joint);
         if (!reason.empty())
             return reason;
     }

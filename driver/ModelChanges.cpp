@@ -104,6 +104,7 @@ void completeChanges(ModelFile& file) {
     const std::vector<MBS_BlockTypeInfo> vocabulary = MBS_getBlockVocabulary();
     const std::vector<IO_DataModelBlock*> dataObjects = file.dataModel->getBlocksOfKind("DataObject");
     std::vector<std::string> uuids;
+    uuids.reserve(dataObjects.size());
     for (const IO_DataModelBlock* block : dataObjects)
         uuids.push_back(block->uuid);
     for (ModelChange& change : file.changes) {
