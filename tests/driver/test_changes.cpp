@@ -30,7 +30,8 @@ struct FaultyChange {
 class FaultyChanges : public testing::TestWithParam<FaultyChange> {};
 
 TEST_P(FaultyChanges, AreNamed) {
-    const char* const name = "test_changes.toml";
+    // Cases run beside each other.
+    const std::string name = std::to_string(std::hash<std::string>()(GetParam().keys)) + ".test_changes.toml";
     std::ofstream(name) << "[[DataObject]]\ntype = 'Parameter'\nuuid = 'gain'\nInitialValue = 1\n"
                         << "[[Change]]\n" // line 5
                         << GetParam().keys;

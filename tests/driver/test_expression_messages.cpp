@@ -29,14 +29,16 @@ constexpr MBS_BlockTypeInfo vocabulary[] = {
 
 TEST_P(ExpressionMessages, ShowThePlace) {
     const Text& row = GetParam();
-    std::ofstream("test_expressions.toml") << "[[Measure]]\ntype = 'Length'\nuuid = 'Travel'\n"
-                                              "[[DataObject]]\ntype = 'Parameter'\nuuid = 'gain'\n"
-                                              "[[DataObject]]\ntype = 'Spline_1D'\nuuid = 'road'\n"
-                                              "[[Force]]\ntype = 'Spring'\nuuid = 's'\n" // line 10
-                                           << "Law = \"" << row.text << "\"\n";
+    // Cases run beside each other.
+    const std::string name = std::to_string(std::hash<std::string>()(row.text)) + ".test_expressions.toml";
+    std::ofstream(name) << "[[Measure]]\ntype = 'Length'\nuuid = 'Travel'\n"
+                           "[[DataObject]]\ntype = 'Parameter'\nuuid = 'gain'\n"
+                           "[[DataObject]]\ntype = 'Spline_1D'\nuuid = 'road'\n"
+                           "[[Force]]\ntype = 'Spring'\nuuid = 's'\n" // line 10
+                        << "Law = \"" << row.text << "\"\n";
     std::string error;
-    const auto file = readModelFile("test_expressions.toml", error);
-    std::filesystem::remove("test_expressions.toml");
+    const auto file = readModelFile(name, error);
+    std::filesystem::remove(name);
     checkStrictly(*file, vocabulary);
     std::vector<std::string> expected;
     if (*row.message)
