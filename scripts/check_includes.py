@@ -26,6 +26,7 @@ ALLOWED = {
     "io": ["platform"],
     "matrix": ["platform", "io"],
     "functions": ["platform", "io", "matrix"],
+    "fe_import": ["platform", "io", "matrix", "functions"],
     "model": ["platform", "io", "matrix"],
     "bodies": ["platform", "io", "matrix", "model"],
     "data_objects": ["platform", "io", "matrix", "functions", "model"],
