@@ -36,12 +36,12 @@ FeLib_MtxContent::FeLib_MtxContent() : nodeList(std::make_unique<FeLib_FeNodeCon
 
 FeLib_MtxContent::~FeLib_MtxContent() = default;
 
-void FeLib_MtxContent::setInvariant(unsigned number, const MBM_GeneralDenseMatrix& matrix) {
-    invariants[number - 1] = std::make_unique<MBM_GeneralDenseMatrix>(matrix);
+void FeLib_MtxContent::setInvariant(unsigned number, std::unique_ptr<MBM_GeneralDenseMatrix> matrix) {
+    invariants[number - 1] = std::move(matrix);
 }
 
-void FeLib_MtxContent::setGenStiff(const MBM_GeneralDenseMatrix& matrix) {
-    genStiff = std::make_unique<MBM_GeneralDenseMatrix>(matrix);
+void FeLib_MtxContent::setGenStiff(std::unique_ptr<MBM_GeneralDenseMatrix> matrix) {
+    genStiff = std::move(matrix);
 }
 
 void FeLib_MtxContent::buildModes(const MBM_GeneralDenseMatrix& selMod, const MBM_GeneralDenseMatrix& tMode,

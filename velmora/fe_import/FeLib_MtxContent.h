@@ -24,10 +24,10 @@ class VELMORA_EXPORT FeLib_MtxContent : public FeLib_Item {
     std::string getClassName() const override { return "FeLib_MtxContent"; }
 
     /// Invariant 1 to 9; one that was there is replaced.
-    void setInvariant(unsigned number, const MBM_GeneralDenseMatrix& matrix);
+    void setInvariant(unsigned number, std::unique_ptr<MBM_GeneralDenseMatrix> matrix);
     /// Null for an invariant that the file doesn't have.
     const MBM_GeneralDenseMatrix* getInvariant(unsigned number) const { return invariants[number - 1].get(); }
-    void setGenStiff(const MBM_GeneralDenseMatrix& matrix);
+    void setGenStiff(std::unique_ptr<MBM_GeneralDenseMatrix> matrix);
 
     /// Makes `modes`, `nodeSubset` and `nodeIndexMapper` for the nodes read so far. The columns of tMode
     /// (translations) and rMode (rotations), both 3 x (nodes times modes), run by node and within a node by
