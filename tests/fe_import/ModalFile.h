@@ -85,6 +85,41 @@ struct PointBody {
         return u[(c + 1) % 3] * v[(c + 2) % 3] - u[(c + 2) % 3] * v[(c + 1) % 3];
     }
 
+    /// Rows and columns of invariant 5 to 9.
+    std::pair<unsigned, unsigned> sizeOfInvariant(unsigned number) const {
+        const unsigned M = numOfModes;
+        const std::array<std::pair<unsigned, unsigned>, 5> all{
+            {{3 * M, M}, {M, M}, {3, 3}, {M, 9}, {3 * M * M, 3}}};
+        return all[number - 5];
+    }
+
+    /// Elements of invariant 5 to 9.
+    Elements invariant(unsigned number) const {
+        return [this, number, M = numOfModes](unsigned i, unsigned j) {
+            if (number == 6)
+                return i == j ? 1.0 : 0.0;
+            return sum([number, M, i, j](unsigned p) {
+                switch (number) {
+                case 5:
+                    return cross(shape(p, i / 3), shape(p, j), i % 3);
+                case 7:
+                    return -skewSkew(position(p), position(p), i, j);
+                case 8:
+                    return skewSkew(position(p), shape(p, i), j / 3, j % 3);
+                default:
+                    return skewSkew(shape(p, i / 3 / M), shape(p, i / 3 % M), i % 3, j);
+                }
+            });
+        };
+    }
+
+    std::string invariantBlock(unsigned number) const {
+        const auto [rows, cols] = sizeOfInvariant(number);
+        const std::string name = "INVAR" + std::to_string(number);
+        return number == 6 ? sparseBlock(name, rows, cols, invariant(6))
+                           : fullBlock(name, rows, cols, invariant(number), false, number == 5 ? cols : 3);
+    }
+
     std::vector<std::pair<std::string, std::string>> blocks() const {
         const unsigned M = numOfModes, nodeColumns = points() * M;
         std::string nodes = "SELNOD FULL RORDER " + sizes(points(), 5, 5 * points()) + " ( I8 3E25.17 I8 )\n";
@@ -95,47 +130,28 @@ struct PointBody {
         std::string modes = "SELMOD FULL RORDER " + sizes(M, 2, 2 * M) + " ( I8 E25.17 )\n";
         for (unsigned j = 0; j < M; ++j)
             modes += label(7 + j) + number(frequency(j)) + "\n";
-        const Elements unit = [](unsigned i, unsigned j) { return i == j ? 1.0 : 0.0; };
-        return {
+        std::vector<std::pair<std::string, std::string>> all{
             {"SELNOD", nodes},
             {"SELMOD", modes},
-            {"INVAR1", fullBlock("INVAR1", 1, 1, [&](auto, auto) { return sum([](auto) { return 1.0; }); })},
-            {"INVAR2", fullBlock("INVAR2", 1, 3, [](auto, auto j) { return 1e-4 * j; })},
-            {"INVAR5", fullBlock(
-                           "INVAR5", 3 * M, M,
-                           [&](unsigned row, unsigned i) {
-                               return sum(
-                                   [&](auto p) { return cross(shape(p, row / 3), shape(p, i), row % 3); });
-                           },
-                           false, M)},
-            {"INVAR6", sparseBlock("INVAR6", M, M, unit)},
-            {"INVAR7", fullBlock("INVAR7", 3, 3,
-                                 [&](unsigned r, unsigned c) {
-                                     return -sum(
-                                         [&](auto p) { return skewSkew(position(p), position(p), r, c); });
-                                 })},
-            {"INVAR8", fullBlock("INVAR8", M, 9,
-                                 [&](unsigned j, unsigned k) {
-                                     return sum([&](auto p) {
-                                         return skewSkew(position(p), shape(p, j), k / 3, k % 3);
-                                     });
-                                 })},
-            {"INVAR9", fullBlock("INVAR9", 3 * M * M, 3,
-                                 [&](unsigned row, unsigned c) {
-                                     return sum([&](auto p) {
-                                         return skewSkew(shape(p, row / 3 / M), shape(p, row / 3 % M),
-                                                         row % 3, c);
-                                     });
-                                 })},
-            {"GENSTIFF",
-             fullBlock("GENSTIFF", M, M,
-                       [](auto i, auto j) { return i == j ? std::pow(2.0 * M_PI * frequency(i), 2) : 0.0; })},
-            {"T_MODE",
-             fullBlock(
-                 "T_MODE", 3, nodeColumns, [M](auto c, auto k) { return shape(k / M, k % M)[c]; }, true)},
-            {"R_MODE",
-             fullBlock("R_MODE", 3, nodeColumns, [M](auto c, auto k) { return turn(k / M, k % M)[c]; })},
-        };
+            {"INVAR1",
+             fullBlock("INVAR1", 1, 1, [this](auto, auto) { return sum([](auto) { return 1.0; }); })},
+            {"INVAR2", fullBlock("INVAR2", 1, 3, [](auto, auto j) { return 1e-4 * j; })}};
+        for (unsigned k = 5; k <= 9; ++k)
+            all.emplace_back("INVAR" + std::to_string(k), invariantBlock(k));
+        all.emplace_back("GENSTIFF", fullBlock("GENSTIFF", M, M, stiffness));
+        all.emplace_back("T_MODE", fullBlock("T_MODE", 3, nodeColumns, translations(), true));
+        all.emplace_back("R_MODE", fullBlock("R_MODE", 3, nodeColumns, rotations()));
+        return all;
+    }
+
+    static double stiffness(unsigned i, unsigned j) {
+        return i == j ? std::pow(2.0 * M_PI * frequency(i), 2) : 0.0;
+    }
+    Elements translations() const {
+        return [M = numOfModes](unsigned c, unsigned k) { return shape(k / M, k % M)[c]; };
+    }
+    Elements rotations() const {
+        return [M = numOfModes](unsigned c, unsigned k) { return turn(k / M, k % M)[c]; };
     }
 
     /// The file, with some blocks replaced or, where the new text is empty, left out.
