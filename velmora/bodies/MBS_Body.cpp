@@ -1,5 +1,6 @@
 #include "velmora/bodies/MBS_Body.h"
 
+#include "velmora/bodies/MBS_RotationMath.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/model/BlockProducts.h"
 #include "velmora/model/MBS_ModelDofVector.h"
@@ -90,6 +91,14 @@ void MBS_Body::computeBbar(const P* q, P* out) const {
         pull.addTo(out->bodyData(bodyIndex));
         transposeTimes(J(e, u), pull).addTo(out->bodyData(bodyIndex) + 3);
     }
+}
+
+void MBS_Body::setInitialRotation(const Mat3& orientation, const Vec3& omega) {
+    double* p = initialPositions.data() + 3;
+    MBS_RotationMath::rotationMatrixToEulerParameters(3, orientation.data.data(), p);
+    initialNormOffset = normResidual(p);
+    const Vec3 omegaBar = transposeTimes(orientation, omega);
+    MBS_RotationMath::omegaBarToEulerRates(omegaBar, Vec4::from(p)).to(initialVelocities.data() + 3);
 }
 
 void MBS_Body::updateInitialPose() {

@@ -52,6 +52,8 @@ class MBS_Body : public MBS_ModelObject {
     virtual void copyInitialData(P* q, P* qd) const;
     virtual bool isRigidBody() const = 0;
     virtual bool isZeroInertiaBody() const { return false; }
+    /// Natural circular frequencies of the modes, rad/s; null for a rigid body.
+    virtual const std::vector<double>* getOmegaOfModes() const { return nullptr; }
     virtual void setTimeOfLastSuccessfulStep(double t) { timeOfLastSuccessfulStep = t; }
 
     /// Total mass; 0.0 for a body without parameters.
@@ -104,6 +106,9 @@ class MBS_Body : public MBS_ModelObject {
     Mat3 rotationMatrix; ///< A at the start
 
   protected:
+    /// Sets the initial Euler parameters and their rates from the axes of the body (columns) and its angular
+    /// velocity, both in the global frame, and the norm that the parameters keep.
+    void setInitialRotation(const Mat3& orientation, const Vec3& omega);
     /// Sets `position` and `rotationMatrix` from the initial coordinates.
     void updateInitialPose();
     /// Clears the body's part of Q.

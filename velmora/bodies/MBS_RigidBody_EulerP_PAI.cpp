@@ -1,7 +1,6 @@
 #include "velmora/bodies/MBS_RigidBody_EulerP_PAI.h"
 
 #include "velmora/bodies/MBS_RigidBody_EulerP_PAI_Matrix.h"
-#include "velmora/bodies/MBS_RotationMath.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/matrix/MBM_DenseMatrix.h"
 #include "velmora/model/MBS_Math.h"
@@ -35,14 +34,6 @@ MBS_RigidBody_EulerP_PAI::MBS_RigidBody_EulerP_PAI(IO_DataModelBlock* block, MBS
     createBlocks(mass);
     join(std::make_shared<MBS_RigidBodyGroup>(bodyIndex, 1), mass, ownCommons);
     updateInitialPose();
-}
-
-void MBS_RigidBody_EulerP_PAI::setInitialRotation(const Mat3& orientation, const Vec3& omega) {
-    double* p = initialPositions.data() + 3;
-    MBS_RotationMath::rotationMatrixToEulerParameters(3, orientation.data.data(), p);
-    initialNormOffset = normResidual(p);
-    const Vec3 omegaBar = transposeTimes(orientation, omega);
-    MBS_RotationMath::omegaBarToEulerRates(omegaBar, Vec4::from(p)).to(initialVelocities.data() + 3);
 }
 
 void MBS_RigidBody_EulerP_PAI::createBlocks(double mass) {

@@ -34,7 +34,6 @@ class MBS_RigidBody_EulerP_PAI : public MBS_Body {
     bool isZeroInertia = false; ///< the mass is 0.0
 
   private:
-    void setInitialRotation(const Mat3& orientation, const Vec3& omega);
     void createBlocks(double mass);
     /// Adds its numbers to the group and aims the blocks into it.
     void join(const std::shared_ptr<MBS_RigidBodyGroup>& newGroup, double mass,
