@@ -28,7 +28,7 @@ ALLOWED = {
     "functions": ["platform", "io", "matrix"],
     "fe_import": ["platform", "io", "matrix", "functions"],
     "model": ["platform", "io", "matrix"],
-    "bodies": ["platform", "io", "matrix", "model"],
+    "bodies": ["platform", "io", "matrix", "model", "fe_import"],
     "data_objects": ["platform", "io", "matrix", "functions", "model"],
     "measures": ["platform", "io", "matrix", "model", "bodies"],
     "expressions": ["platform", "io", "matrix", "functions", "model", "data_objects", "measures"],

@@ -47,7 +47,6 @@ INSTANTIATE_TEST_SUITE_P(
     BodiesForcesActors, Refusals,
     testing::Values(
         Refusal{"Body", "Rigid", {}, "ERROR: Type of body: Rigidnot valid!\n"},
-        Refusal{"Body", "MBS_FlexBody_Full", {}, pending("body: MBS_FlexBody_Full")},
         Refusal{"Force", "gravity", {}, "ERROR: Type of force: gravity not valid!\n"},
         Refusal{"Force", "GenericForce", {}, bodyIDsMissing + missing("ForceExpression") + "\n"},
         Refusal{
