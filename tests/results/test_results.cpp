@@ -1,9 +1,10 @@
-#include "tests/support/ModelFixture.h"
+#include "tests/support/FlexibleBody.h"
 
 #include <gmock/gmock.h>
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <regex>
 
 namespace velmora::test {
@@ -40,7 +41,7 @@ class Results : public ModelFixture {
         MBS_ModelConstraintDofVector lambda(model.get());
         model->copyInitialDataIntoPhysicalDofVector(&q, &qd);
         model->updateMatricesForEquationOfMotion(0.0, &q, &qd, &qdd);
-        std::fill_n(qdd.dofVector->data, 14, 0.25);
+        std::fill_n(qdd.dofVector->data, qdd.getNumOfDof(), 0.25);
         std::fill_n(lambda.dofVector->data, lambda.getNumOfConstraints(), -2.5);
         std::vector<double> written;
         for (const double t : asked)
@@ -86,6 +87,26 @@ TEST_F(Results, FilesHaveHeaderTopologyAndRecords) {
         linesOf("test.srf").back(),
         testing::HasSubstr("3.600000000000E-01 4.800000000000E-01 -8.000000000000E-01 -8.000000000000E-01"));
     EXPECT_FALSE(std::filesystem::exists("test.frf") || std::filesystem::exists("test.mrf"));
+}
+
+TEST_F(Results, ModalCoordinatesAreWrittenAsPhysicalAmplitudes) {
+    const PointBody points;
+    addFlexibleBody(data, "third", writeModalFile(points.file()));
+    build();
+    recordTimes(*makeManager({{"WriteStateResultFile", "yes"},
+                              {"WriteVelocityResultFile", "yes"},
+                              {"WriteAccelerationResultFile", "yes"}}),
+                {1.0});
+    for (const auto& [file, count] : {std::pair("test.srf", 14), {"test.vrf", 8}, {"test.arf", 8}}) {
+        const auto lines = linesOf(file);
+        std::istringstream line(lines.back());
+        const std::vector<double> numbers{std::istream_iterator<double>(line), {}};
+        ASSERT_EQ(numbers.size(), static_cast<std::size_t>(count)) << file;
+        const double coordinate = file == std::string("test.arf") ? 0.25 : 0.0;
+        for (unsigned j = 0; j < 2; ++j)
+            EXPECT_NEAR(numbers[numbers.size() - 2 + j], coordinate / (2.0 * M_PI * PointBody::frequency(j)),
+                        1e-12);
+    }
 }
 
 TEST_F(Results, ConstraintsHaveALineEach) {

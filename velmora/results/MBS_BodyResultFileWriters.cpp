@@ -22,14 +22,25 @@ void MBS_BodyResultFileWriter::writeResults(double t, const P* q, const P* qd, c
     }
 }
 
+// Files hold physical amplitudes of the modes: coordinate j divided by omega_j.
+void MBS_BodyResultFileWriter::writeAmplitudes(const MBS_Body& body, const P* v) {
+    const auto* omega = body.getOmegaOfModes();
+    for (unsigned j = 0; omega && j < body.numFlexDof; ++j) {
+        const double amplitude = v->bodyData(body.bodyIndex)[7 + j] / (*omega)[j];
+        writeNumbers(&amplitude, 1);
+    }
+}
+
 void MBS_StateResultFileWriter::writeBody(const MBS_Body& body, const P* q, const P*, const P*) {
     writeNumbers(q->bodyData(body.bodyIndex), body.numTransDof);
     writeNumbers(body.commons->A.data.data(), 9);
+    writeAmplitudes(body, q);
 }
 
 void MBS_VelocityResultFileWriter::writeBody(const MBS_Body& body, const P*, const P* qd, const P*) {
     writeNumbers(qd->bodyData(body.bodyIndex), body.numTransDof);
     writeNumbers(body.commons->omegaBar.data.data(), 3);
+    writeAmplitudes(body, qd);
 }
 
 // The angular acceleration is Gbar d2p/dt2, since dGbar/dt dp/dt vanishes.
@@ -38,6 +49,7 @@ void MBS_AccelerationResultFileWriter::writeBody(const MBS_Body& body, const P*,
     writeNumbers(a, body.numTransDof);
     const Vec3 alphaBar = body.commons->Gbar() * Vec4::from(a + 3);
     writeNumbers(alphaBar.data.data(), 3);
+    writeAmplitudes(body, qdd);
 }
 
 } // namespace velmora

@@ -16,9 +16,12 @@ class MBS_BodyResultFileWriter : public MBS_ResultFileWriter {
     std::vector<std::string> topology() const override;
     /// Writes the numbers of one body.
     virtual void writeBody(const MBS_Body& body, const P* q, const P* qd, const P* qdd) = 0;
+    /// Writes the modal part of a vector over the degrees of freedom as physical amplitudes; nothing for a
+    /// rigid body.
+    void writeAmplitudes(const MBS_Body& body, const P* v);
 };
 
-/// States (.srf): r (3, global frame), rotation matrix (9, column after column).
+/// States (.srf): r (3, global frame), rotation matrix (9, column after column), modal amplitudes.
 class MBS_StateResultFileWriter : public MBS_BodyResultFileWriter {
   public:
     using MBS_BodyResultFileWriter::MBS_BodyResultFileWriter;
@@ -29,7 +32,8 @@ class MBS_StateResultFileWriter : public MBS_BodyResultFileWriter {
     void writeBody(const MBS_Body& body, const P* q, const P* qd, const P* qdd) override;
 };
 
-/// Velocities (.vrf): dr/dt (3, global frame), angular velocity (3, body frame).
+/// Velocities (.vrf): dr/dt (3, global frame), angular velocity (3, body frame), rates of the modal
+/// amplitudes.
 class MBS_VelocityResultFileWriter : public MBS_BodyResultFileWriter {
   public:
     using MBS_BodyResultFileWriter::MBS_BodyResultFileWriter;
@@ -40,7 +44,8 @@ class MBS_VelocityResultFileWriter : public MBS_BodyResultFileWriter {
     void writeBody(const MBS_Body& body, const P* q, const P* qd, const P* qdd) override;
 };
 
-/// Accelerations (.arf): d2r/dt2 (3, global frame), angular acceleration (3, body frame).
+/// Accelerations (.arf): d2r/dt2 (3, global frame), angular acceleration (3, body frame), second
+/// derivatives of the modal amplitudes.
 class MBS_AccelerationResultFileWriter : public MBS_BodyResultFileWriter {
   public:
     using MBS_BodyResultFileWriter::MBS_BodyResultFileWriter;

@@ -117,6 +117,13 @@ unsigned MBS_InternalModel::getNumOfRotDofOfBody(unsigned i) const {
 unsigned MBS_InternalModel::getNumOfFlexDofOfBody(unsigned i) const {
     return i < bodies.size() ? bodies[i]->numFlexDof : 0;
 }
+void MBS_InternalModel::getOmegaOfFlexDof(unsigned i, MBM_DenseStandAloneVector* omega) {
+    const auto* frequencies = i < bodies.size() ? bodies[i]->getOmegaOfModes() : nullptr;
+    if (!frequencies)
+        return;
+    omega->setSize(static_cast<unsigned>(frequencies->size()));
+    std::ranges::copy(*frequencies, omega->data);
+}
 unsigned MBS_InternalModel::getNumOfInnerConstraintDofOfBody(unsigned i) const {
     return i < bodies.size() ? bodies[i]->numInnerConstraintDof : 0;
 }

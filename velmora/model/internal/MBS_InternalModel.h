@@ -104,6 +104,7 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
     unsigned getNumOfTransDofOfBody(unsigned bodyIndex) const override;
     unsigned getNumOfRotDofOfBody(unsigned bodyIndex) const override;
     unsigned getNumOfFlexDofOfBody(unsigned bodyIndex) const override;
+    void getOmegaOfFlexDof(unsigned bodyIndex, MBM_DenseStandAloneVector* omega) override;
     unsigned getNumOfInnerConstraintDofOfBody(unsigned bodyIndex) const override;
     unsigned getNumOfExternalConstraints() const override;
     unsigned getNumOfConstraintDofOfConstraint(unsigned constraintIndex) const override;
