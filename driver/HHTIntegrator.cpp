@@ -78,16 +78,17 @@ void HHTIntegrator::setWeights() {
     const auto numOfBodies = static_cast<unsigned>(q.bodyOffset.size());
     typicalLength = system->measureTypicalLength(q);
     for (unsigned body = 0; body < numOfBodies; ++body) {
-        // A mode of unit modal mass that moves the whole body by the typical length has this coordinate.
+        // A mode of modal mass m_j that moves the body of mass m by x on the whole has a coordinate of
+        // x sqrt(m / m_j): its kinetic energy is 1/2 m (dx/dt)^2.
         const double mass = system->bodyMasses[body];
-        const double modal = mass > 0.0 ? typicalLength * std::sqrt(mass) : typicalLength;
+        const double* modalMass = system->modalMasses.data() + q.bodyOffset[body];
         double* weight = weights.data() + q.bodyOffset[body];
         const unsigned size = q.bodyDof[body]->size;
-        for (unsigned i = 0; i < size; ++i)
-            weight[i] = 1.0 / ((i < 3   ? typicalLength
-                                : i < 7 ? 1.0
-                                        : modal) *
-                               settings.tolerance * std::sqrt(static_cast<double>(size)));
+        const double all = settings.tolerance * std::sqrt(static_cast<double>(size));
+        for (unsigned i = 0; i < size; ++i) {
+            const double mode = i < 7 || !(mass > 0.0) ? 1.0 : std::sqrt(modalMass[i] / mass);
+            weight[i] = (i >= 3 && i < 7 ? 1.0 : mode / typicalLength) / all;
+        }
     }
 }
 

@@ -115,6 +115,7 @@ void HHTSystem::measureBodies() {
                 bodyGyrations[body] += 0.25 * velInertiaForces.bodyData(body)[i];
         }
     }
+    measureModes(state);
     for (unsigned body = 0; body < numOfBodies; ++body)
         bodyGyrations[body] =
             bodyMasses[body] > 0.0 ? std::sqrt(bodyGyrations[body] / bodyMasses[body]) : 0.0;
@@ -123,6 +124,16 @@ void HHTSystem::measureBodies() {
     const double total = std::accumulate(bodyMasses.begin(), bodyMasses.end(), 0.0);
     if (numOfMasses > 0 && std::isfinite(total))
         typicalMass = total / static_cast<double>(numOfMasses);
+}
+
+// Undeformed, a body has no products of inertia between its modes and anything else.
+void HHTSystem::measureModes(HHTState& state) {
+    setZero(state.qdd);
+    for (unsigned body = 0; body < model->getNumOfBodies(); ++body)
+        std::fill_n(state.qdd.bodyData(body) + translationsPerBody + eulerParametersPerBody,
+                    model->getNumOfFlexDofOfBody(body), 1.0);
+    model->getAccInertiaForces(&state.qdd, &velInertiaForces);
+    modalMasses.assign(velInertiaForces.dofVector->data, velInertiaForces.dofVector->data + numOfPhysicalDof);
 }
 
 void HHTSystem::makeMatrix() {

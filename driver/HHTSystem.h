@@ -99,11 +99,13 @@ class HHTSystem {
     MBS_ModelConstraintDofVector constraintResidual;                         ///< C of the last `evaluate`
     MBS_ModelPhysicalDofVector elasticForces, dampingForces, externalForces; ///< of the last `evaluate`
     std::vector<double> bodyMasses;                                          ///< per body
+    std::vector<double> modalMasses;   ///< per coordinate; of modal ones alone, 0 for others
     std::vector<double> bodyGyrations; ///< per body: radius of gyration of the sum of principal moments
 
   private:
     using Clock = std::chrono::steady_clock;
     void measureBodies();
+    void measureModes(HHTState& state);
     bool sumResidual();
     void makeMatrix();
 
