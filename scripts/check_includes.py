@@ -32,7 +32,7 @@ ALLOWED = {
     "data_objects": ["platform", "io", "matrix", "functions", "model"],
     "measures": ["platform", "io", "matrix", "model", "bodies"],
     "expressions": ["platform", "io", "matrix", "functions", "model", "data_objects", "measures"],
-    "constraints": ["platform", "io", "matrix", "model", "bodies", "measures", "expressions"],
+    "constraints": ["platform", "io", "matrix", "fe_import", "model", "bodies", "measures", "expressions"],
     "forces": ["platform", "io", "matrix", "model", "bodies", "data_objects", "measures", "expressions"],
     "global_matrix": ["platform", "io", "matrix", "model", "bodies", "constraints", "forces"],
     "results": ["platform", "io", "matrix", "model", "bodies", "measures", "constraints", "forces"],

@@ -24,9 +24,11 @@ MBS_BodyBodyConstraint::MBS_BodyBodyConstraint(IO_DataModelBlock* block, MBS_Mod
     bodyCommons2 = body2->commons;
 }
 
-MBS_BodyBody_CqT::MBS_BodyBody_CqT(const MBS_ExtConstraint& constraint, unsigned body, bool hasTransPart)
-    : MBS_General_CqT(constraint.constraintBodies[body]->numTransDof,
-                      constraint.constraintBodies[body]->numRotDof, 0, 1) {
+MBS_BodyBody_CqT::MBS_BodyBody_CqT(const MBS_ExtConstraint& constraint, unsigned body, bool hasTransPart,
+                                   bool hasFlexPart)
+    : MBS_General_CqT(
+          constraint.constraintBodies[body]->numTransDof, constraint.constraintBodies[body]->numRotDof,
+          hasFlexPart ? constraint.constraintBodies[body]->numFlexDof : 0, constraint.numOfConstraintDof) {
     if (!hasTransPart)
         tPart.reset();
 }

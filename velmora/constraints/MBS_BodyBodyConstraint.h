@@ -20,13 +20,15 @@ class MBS_BodyBodyConstraint : public MBS_ExtConstraint {
     const MBS_BodyCommons *bodyCommons1 = nullptr, *bodyCommons2 = nullptr; // not owned
 };
 
-/// Root of the CqT and CqTdT objects of two-body constraints; column vectors over the coordinates of one of
-/// the bodies.
+/// Root of the CqT and CqTdT objects of two-body constraints: coordinates of one of the bodies in the rows,
+/// equations in the columns.
 class MBS_BodyBody_CqT : public MBS_General_CqT {
   public:
-    /// A rotational part and, unless the constraint doesn't depend on translations, a translational one.
-    /// `body`: 0 or 1 for the first or the second.
-    MBS_BodyBody_CqT(const MBS_ExtConstraint& constraint, unsigned body, bool hasTransPart);
+    /// A rotational part and, unless the constraint doesn't depend on translations, a translational one; one
+    /// for modal coordinates, which a body may have, where the constraint depends on these. `body`: 0 or 1
+    /// for the first or the second.
+    MBS_BodyBody_CqT(const MBS_ExtConstraint& constraint, unsigned body, bool hasTransPart,
+                     bool hasFlexPart = false);
     std::string getClassName() const override { return "MBS_BodyBody_CqT"; }
 };
 

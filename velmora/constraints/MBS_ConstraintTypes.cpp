@@ -1,5 +1,6 @@
 #include "velmora/constraints/MBS_ConstraintTypes.h"
 
+#include "velmora/constraints/MBS_RiBo_FleBo_FixJoint.h"
 #include "velmora/constraints/MBS_RiBo_Ground_RotFix.h"
 #include "velmora/constraints/MBS_RiBo_Ground_TransFix.h"
 #include "velmora/constraints/MBS_RiBo_RiBo_GearJoint.h"
@@ -51,6 +52,14 @@ constexpr MBS_KeyInfo motionKeys[] = {
     {"ActivationPeriod", IO_ValueCode::Double, false},
 };
 
+constexpr MBS_KeyInfo weldKeys[] = {
+    {"active", IO_ValueCode::Bool, false},
+    {"BodyIDs", IO_ValueCode::StringPair, true, MBS_KeyRole::BodyIDs},
+    {"Location", IO_ValueCode::DoubleVector3},
+    {"ConstraintOrientation", IO_ValueCode::DoubleMatrix3x3, false, MBS_KeyRole::Orientation},
+    {"InterfaceNode", IO_ValueCode::Unsigned},
+};
+
 constexpr MBS_ConstraintType types[] = {
     {"Generic", MBS_TypeStatus::Available, genericKeys, nullptr},
     {"TimeMotion", MBS_TypeStatus::Available, motionKeys,
@@ -65,7 +74,11 @@ constexpr MBS_ConstraintType types[] = {
         bool) -> std::unique_ptr<MBS_ExtConstraint> {
          return std::make_unique<MBS_RiBo_RiBo_GearJoint>(block, model, lookUp, index);
      }},
-    {"FixRiBoFleBo", MBS_TypeStatus::NotInThisBuild, {}, nullptr},
+    {"FixRiBoFleBo", MBS_TypeStatus::Available, weldKeys,
+     [](IO_DataModelBlock* block, MBS_Model* model, const MBS_ModelLookUp& lookUp, unsigned index,
+        bool) -> std::unique_ptr<MBS_ExtConstraint> {
+         return std::make_unique<MBS_RiBo_FleBo_FixJoint>(block, model, lookUp, index);
+     }},
 };
 
 template <class ToGround, class ToBody>

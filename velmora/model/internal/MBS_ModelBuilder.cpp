@@ -73,7 +73,7 @@ void MBS_ModelBuilder::buildAll() {
     }
 }
 
-void MBS_ModelBuilder::refuse(Block& block, const std::string& text) {
+void MBS_ModelBuilder::refuse(const Block& block, const std::string& text) {
     model.reportError(errorTextOf(block) + text);
 }
 
@@ -185,8 +185,8 @@ void MBS_ModelBuilder::buildConstraint(Block& block) {
         return;
     if (block.type == "Generic")
         return buildGenericConstraint(block, ids);
-    if (block.type == "FixRiBoFleBo")
-        return buildFlexibleFixJoint(block, ids);
+    if (block.type == "FixRiBoFleBo" && !areBodiesOfWeld(block, ids))
+        return;
     const MBS_ConstraintType* row = findType(MBS_constraintTypes(), block.type);
     if (!row)
         return refuse(block, "ERROR: Type of constraint <" + block.type + "> not valid!\n");
@@ -225,16 +225,20 @@ void MBS_ModelBuilder::buildGenericConstraint(Block& block, const std::vector<st
             return;
 }
 
-void MBS_ModelBuilder::buildFlexibleFixJoint(Block& block, const std::vector<std::string>& ids) {
+// False, with a text, unless a rigid and a flexible body are there, in this order.
+bool MBS_ModelBuilder::areBodiesOfWeld(const Block& block, const std::vector<std::string>& ids) {
     const MBS_Body* first = model.getBodyByUUID(ids[0]);
     const MBS_Body* second = model.getBodyByUUID(ids[1]);
+    const char* text = nullptr;
     if (!first || !second)
-        return refuse(block, "ERROR: please provide valid body IDs!\n");
-    if (first->getClassName() != "MBS_RigidBody_EulerP_PAI")
-        return refuse(block, "ERROR: first body ID must be a rigid body!\n");
-    if (second->getClassName() != "MBS_FlexBody_Full")
-        return refuse(block, "ERROR: second body ID must be a flexible body!\n");
-    refuseUnavailable(block, "constraint");
+        text = "ERROR: please provide valid body IDs!\n";
+    else if (first->getClassName() != "MBS_RigidBody_EulerP_PAI")
+        text = "ERROR: first body ID must be a rigid body!\n";
+    else if (second->getClassName() != "MBS_FlexBody_Full")
+        text = "ERROR: second body ID must be a flexible body!\n";
+    if (text)
+        refuse(block, text);
+    return !text;
 }
 
 void MBS_ModelBuilder::buildForce(Block& block) {

@@ -39,7 +39,7 @@ class MBS_ModelBuilder {
     void buildGenericConstraint(Block& block, const std::vector<std::string>& ids);
     /// Adds the constraint if it has no error, and tells so.
     bool addConstraint(std::unique_ptr<MBS_ExtConstraint> constraint, bool isForResults);
-    void buildFlexibleFixJoint(Block& block, const std::vector<std::string>& ids);
+    bool areBodiesOfWeld(const Block& block, const std::vector<std::string>& ids);
     void buildForce(Block& block);
     void buildActor(Block& block);
 
@@ -47,7 +47,7 @@ class MBS_ModelBuilder {
     bool readBodyIDs(Block& block, std::vector<std::string>& ids);
     /// Reports the block's text and a line feed if it has an error.
     bool reportReadErrors(Block& block);
-    void refuse(Block& block, const std::string& text);
+    void refuse(const Block& block, const std::string& text);
     void refuseUnavailable(Block& block, const std::string& what);
 
     MBS_InternalModel& model;
