@@ -61,6 +61,21 @@ class ModelText:
             "LocationCenterMass": center, "OrientationPAI": axes,
             "InitialVelocityVector": velocity, "InitialOmegaVector": omega})
 
+    def flexible_body(self, uuid, modal_file, center, axes=UNIT, velocity=(0, 0, 0), omega=(0, 0, 0), damping="0",
+                      coupled=True, quadratic=True):
+        """`damping` lists the ratios of the modes; the last one holds for all further modes."""
+        self.add("[[Body]]", {
+            "type": "MBS_FlexBody_Full", "uuid": uuid, "Is_Itf_active": coupled,
+            "Is_QuadraticTermOF_Itt_active": quadratic, "Path2MtxFile": str(modal_file), "LocationCenterMass": center,
+            "OrientationPAI": axes, "InitialVelocityVector": velocity, "InitialOmegaVector": omega,
+            "GlobalDampingFactor": damping})
+
+    def weld(self, uuid, rigid, flexible, location, node):
+        """Of a rigid body to a node of a flexible one."""
+        self.add("[[Constraint]]", {
+            "type": "FixRiBoFleBo", "uuid": uuid, "BodyIDs": (rigid, flexible), "Location": location,
+            "InterfaceNode": node})
+
     def joint(self, uuid, bodies, location, fixed, axes=UNIT):
         """`fixed` names what the joint holds, out of dx to az, along and about the joint's axes."""
         keys = {"type": "Generic", "uuid": uuid, "BodyIDs": bodies, "Location": location}

@@ -6,20 +6,33 @@ sections).
 
 import functools
 import math
+import pathlib
 
 import squeezing_mechanism
 from make_four_bar import four_bar
-from model_text import BALL, HINGE_Z, UNIT, ModelText, cross, frame_with_z, turned_about_x, turned_about_z
+from model_text import BALL, FLAGS, HINGE_Z, UNIT, ModelText, cross, frame_with_z, turned_about_x, turned_about_z
 
 TILT = math.radians(40.0)
 STEADY_PRECESSION = 1.30507865167933  # rad/s, slow root of I1 cos(theta) w^2 - J3 spin w + m g l = 0
 X, Y, Z = UNIT
 ORIGIN = (0, 0, 0)
+MODAL_FILES = pathlib.Path(__file__).resolve().parent.parent / "tests" / "verification"
 
 
 def multiply(axes, vector):
     """Global components of a vector that is given in the frame with these axes."""
     return tuple(sum(axis[i] * x for axis, x in zip(axes, vector)) for i in range(3))
+
+
+def turned_about(axis, angle):
+    """Axes of a body that is turned about an axis of any length."""
+    length = math.sqrt(sum(x * x for x in axis))
+    n, c, s = tuple(x / length for x in axis), math.cos(angle), math.sin(angle)
+    turned = []
+    for u in UNIT:
+        along = (1.0 - c) * sum(a * b for a, b in zip(n, u))
+        turned.append(tuple(c * a + s * b + along * d for a, b, d in zip(u, cross(n, u), n)))
+    return tuple(turned)
 
 
 def add(a, b):
@@ -162,6 +175,32 @@ def prescribed_slider_crank(simulation, results):
     return model.text()
 
 
+def flexible_free_spin(simulation, results, coupled, quadratic):
+    """Strip with two masses off its axis, whose modes couple bending, torsion and stretch; flies without forces."""
+    model = ModelText("flexible body in free flight", simulation, results)
+    axes = turned_about((1.0, -2.0, 0.5), 0.8)
+    model.flexible_body("strip", MODAL_FILES / "flexible_free_spin.mtx", (0.3, -0.1, 0.2), axes, (0.4, 0.2, -0.3),
+                        multiply(axes, (6.0, 4.0, 25.0)), coupled=coupled, quadratic=quadratic)
+    return model.text()
+
+
+def flexible_cantilever(simulation, results, damping="0.02, 0.01", load=None):
+    """Horizontal rod, welded to a hub that is held, with a mass welded to its free end; released straight under
+    gravity, or pulled down at its end by a constant load."""
+    model = ModelText("flexible cantilever", simulation, results)
+    model.body("hub", 1.0, (0.1, 0.1, 0.1), ORIGIN)
+    model.flexible_body("beam", MODAL_FILES / "flexible_cantilever.mtx", (0.6, 0, 0), damping=damping)
+    model.body("tip", 0.05, (2e-5, 2e-5, 2e-5), (1.2, 0, 0))
+    model.joint("wall", ("hub", "0"), ORIGIN, FLAGS)
+    model.weld("root", "hub", "beam", ORIGIN, 1001)
+    model.weld("end", "tip", "beam", (1.2, 0, 0), 1017)
+    if load is None:
+        model.gravity((0, -9.81, 0))
+    else:
+        model.force("pull", ("tip", "0"), repr(-load), ((1.2, 0, 0), ORIGIN), Y)
+    return model.text()
+
+
 def spring_test(simulation, results, start, expression, rotational=False, direction=None):
     """One body of 1 kg on a spring and a damper to the ground, let go from rest."""
     model = ModelText("spring test", simulation, results)
@@ -225,6 +264,12 @@ MODELS = {
         spring_test, start=ORIGIN, expression="-10 * meaval[length] - 0.5 * meaval[rate]", direction=Z)),
     "pulling_spring": (5.0, 0.01, functools.partial(
         spring_test, start=(0, 2, 0), expression="-100 * (meaval[length] - 2) - 5 * meaval[rate]")),
+    "flexible_free_spin": (0.1, 0.01, functools.partial(flexible_free_spin, coupled=True, quadratic=True)),
+    "flexible_free_spin_coupled": (0.1, 0.01, functools.partial(flexible_free_spin, coupled=True, quadratic=False)),
+    "flexible_free_spin_quadratic": (0.1, 0.01, functools.partial(flexible_free_spin, coupled=False, quadratic=True)),
+    "flexible_free_spin_linear": (0.1, 0.01, functools.partial(flexible_free_spin, coupled=False, quadratic=False)),
+    "flexible_cantilever": (1.0, 0.01, flexible_cantilever),
+    "flexible_cantilever_static": (12.0, 0.5, functools.partial(flexible_cantilever, damping="2", load=1.0)),
 }
 
 

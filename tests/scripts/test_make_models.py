@@ -16,7 +16,10 @@ from reference_models import MODELS, model_text  # noqa: E402
 
 FREEDOM = {"top_nutation": 3, "top_precession": 3, "spatial_double_pendulum": 4, "planar_chain_10": 10,
            "spherical_2": 3, "universal_1": 2, "cylindrical_3": 2, "two_body_spring": 12, "two_body_damper": 12,
-           "fixed_spring": 6, "pulling_spring": 6, "prescribed_rotor": 0, "prescribed_slider_crank": 0}  # others: 1
+           "fixed_spring": 6, "pulling_spring": 6, "prescribed_rotor": 0, "prescribed_slider_crank": 0,
+           "flexible_free_spin": 16, "flexible_free_spin_coupled": 16, "flexible_free_spin_quadratic": 16,
+           "flexible_free_spin_linear": 16, "flexible_cantilever": 11,
+           "flexible_cantilever_static": 11}  # others: 1
 
 
 def write(script, *arguments):
