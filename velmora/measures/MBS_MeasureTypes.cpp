@@ -1,6 +1,7 @@
 #include "velmora/measures/MBS_MeasureTypes.h"
 
 #include "velmora/io/IO_DataModelBlock.h"
+#include "velmora/measures/MBS_RefFrameMeasureFleBo_Disp.h"
 #include "velmora/measures/MBS_RefFrameMeasureRiBo_Acc.h"
 #include "velmora/measures/MBS_RefFrameMeasureRiBo_Angle.h"
 #include "velmora/measures/MBS_RefFrameMeasureRiBo_Disp.h"
@@ -48,10 +49,21 @@ constexpr MBS_KeyInfo eulerParameterKeys[] = {
     {"IsStateMeasure", IO_ValueCode::Bool},
 };
 
+constexpr MBS_KeyInfo flexibleKeys[] = {
+    active,
+    bodyIDs,
+    {"MeasureMode", IO_ValueCode::String},
+    coordinateKey,
+    {"MeasureLocation_Body1", IO_ValueCode::DoubleVector3},
+    {"MeasureLocation_Body2", IO_ValueCode::DoubleVector3},
+    offsetFlag,
+    {"ModeShapeFile", IO_ValueCode::String, true, MBS_KeyRole::File},
+};
+
 constexpr MBS_MeasureType types[] = {
     {"Translational", MBS_TypeStatus::Available, translationalKeys},
     {"Rotational", MBS_TypeStatus::Available, rotationalKeys},
-    {"FlexTranslational", MBS_TypeStatus::NotInThisBuild, {}},
+    {"FlexTranslational", MBS_TypeStatus::Available, flexibleKeys},
     {"EP", MBS_TypeStatus::Available, eulerParameterKeys},
 };
 
@@ -88,6 +100,7 @@ constexpr MBS_MeasureChoice choices[] = {
     {"Rotational", true, "", "LocalAngleVel", make<MBS_SingleRiBo_LocalAngleVel>},
     {"Rotational", false, "", "Angle", make<MBS_RiBoRiBoMeasure_Diff_Angle>},
     {"Rotational", false, "", "AngleVel", make<MBS_RiBoRiBoMeasure_Diff_AngleVel>},
+    {"FlexTranslational", true, "disp", "", make<MBS_RefFrameMeasureFleBo_Disp>},
     {"EP", true, "", "", make<MBS_RefFrameMeasureRiBo_EP>},
 };
 

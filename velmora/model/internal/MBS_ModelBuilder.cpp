@@ -174,9 +174,9 @@ void MBS_ModelBuilder::buildFlexTranslationalMeasure(Block& block, bool isToGrou
     block.getValue("MeasureMode", &mode, IO_ValueCode::String);
     if (reportReadErrors(block) || !isToGround)
         return;
-    if (mode != "disp")
-        return refuse(block, "ERROR: MeasureMode <" + mode + "> not valid!\n");
-    refuseUnavailable(block, "measure");
+    if (const auto* choice = findMeasure(block.type, isToGround, mode, ""))
+        return addMeasure(block, choice);
+    refuse(block, "ERROR: MeasureMode <" + mode + "> not valid!\n");
 }
 
 void MBS_ModelBuilder::buildConstraint(Block& block) {
