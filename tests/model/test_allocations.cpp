@@ -1,6 +1,6 @@
 #include "tests/support/AllocationCounter.h"
 #include "tests/support/DerivativeChecker.h"
-#include "tests/support/ModelFixture.h"
+#include "tests/support/FlexibleBody.h"
 #include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/model/internal/MBS_InternalModel.h"
 
@@ -30,18 +30,21 @@ TEST_F(Allocations, EvaluationMakesNone) {
               {"VectorBody1", "0, 0, 1"},
               {"VectorBody2", "0, 0, 1"},
               {"Multiplier", "1, 2"}});
+    addFlexibleBody(data, "f", writeModalFile(PointBody().file()));
+    addBlock(data, "Constraint", "FixRiBoFleBo", "flexible weld",
+             {{"BodyIDs", "c, f"}, {"Location", "1, 0, 0"}, {"InterfaceNode", "7"}});
     build();
     std::mt19937 random{11};
     State s = randomState(*model, random);
     MBS_ModelPhysicalDofVector f(model.get());
     MBS_ModelConstraintDofVector c(model.get());
-    const std::vector<unsigned> types{101, 102, 103, 104, 105, 108, 109, 110, 201, 301, 202},
-        rows{0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 2}, cols{0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 1};
+    const std::vector<unsigned> types{101, 102, 103, 104, 105, 106, 107, 108, 109, 110, 201, 301, 202},
+        rows{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 2}, cols{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 1};
     const std::vector<double> weights(types.size(), 0.5);
     const std::unique_ptr<MBS_GlobalModelMatrix> matrix(
         model->createModelRelatedMatrix(3, 2, &types, &rows, &cols, &weights, false));
     std::vector<double> state(12);
-    std::vector<double*> blocks(3, state.data());
+    std::vector<double*> blocks(4, state.data());
     MBS_ExtConstraint::ResultData reaction;
 
     const unsigned long before = allocationCount();
