@@ -3,7 +3,7 @@
 // sizes.
 
 #include "tests/support/ModalFile.h"
-#include "velmora/platform/blas.h"
+#include <velmora/platform/blas.h>
 
 #include <benchmark/benchmark.h>
 #include <velmora/velmora.h>
