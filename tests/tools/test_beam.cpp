@@ -66,6 +66,32 @@ TEST(Beam, HeldInterfaceGivesTheStaticDeflectionOfACantilever) {
     EXPECT_NEAR(node(last + 5) - node(5), force * std::pow(beam.length, 2) / (2.0 * EI), 1e-9 * deflection);
 }
 
+// With node 1 held, the frame moves by what the shapes move the node: its inertia is that of the undeformed
+// body.
+TEST(Beam, HeldAtOneEndHasTheFrequenciesOfACantilever) {
+    const BeamModel beam = slenderBeam(30);
+    std::string error;
+    const ModalBody body = makeModalBody(beam, HeldNodes::Both, 80, 1, error);
+    ASSERT_EQ(error, "");
+    const Eigen::MatrixXd turn = -body.nodeShapes.middleRows(3, 3);
+    const Eigen::Vector3d arm = body.nodePositions.col(0);
+    Eigen::MatrixXd shift = -body.nodeShapes.middleRows(0, 3);
+    for (Eigen::Index j = 0; j < shift.cols(); ++j)
+        shift.col(j) -= Eigen::Vector3d(turn.col(j)).cross(arm);
+    const Eigen::MatrixXd mass = body.invariants.modalMass +
+                                 body.invariants.mass * shift.transpose() * shift +
+                                 turn.transpose() * body.invariants.inertia * turn;
+    const Eigen::VectorXd omega2 = (2.0 * M_PI * body.frequencies).cwiseAbs2();
+    const Eigen::GeneralizedSelfAdjointEigenSolver<Eigen::MatrixXd> solver(
+        Eigen::MatrixXd(omega2.asDiagonal()), mass);
+    const Eigen::VectorXd frequencies = solver.eigenvalues().cwiseSqrt() / (2.0 * M_PI);
+    for (const double root : {1.875104068711961, 4.694091132974174, 7.854757438237613})
+        for (const double I : {beam.section.Iy, beam.section.Iz}) {
+            const double expected = bendingFrequency(beam, I, root);
+            EXPECT_LT((frequencies.array() - expected).abs().minCoeff(), 2e-5 * expected) << expected;
+        }
+}
+
 class BeamInTheKernel : public test::ModelFixture, public testing::WithParamInterface<HeldNodes> {
   protected:
     void SetUp() override {
