@@ -235,7 +235,7 @@ std::array<double, 6> Checker::shape(std::size_t node, unsigned mode) const {
     return values;
 }
 
-// A mode whose nodes all turn alike, and move as this turn and a translation say, doesn't deform the body.
+// Two nodes may well move like one by symmetry. A mode whose nodes all turn alike, and move as this turn and a translation say, doesn't deform the body.
 bool Checker::isRigid(unsigned mode) const {
     const auto& nodes = file.content.nodeList->nodes;
     const std::array<double, 6> first = shape(0, mode);
@@ -259,7 +259,7 @@ bool Checker::isRigid(unsigned mode) const {
 }
 
 void Checker::checkRigidModes() {
-    for (unsigned j = 0; file.content.modes->shapes && file.content.nodeList->nodes.size() >= 2 && j < M; ++j)
+    for (unsigned j = 0; file.content.modes->shapes && file.content.nodeList->nodes.size() >= 3 && j < M; ++j)
         if (isRigid(j))
             error("T_MODE", "mode {} moves all nodes like a rigid body: the frame of the body does that",
                   j + 1);
