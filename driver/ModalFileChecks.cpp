@@ -15,6 +15,8 @@
 //
 // (6)  the radius of gyration is no longer than the way to the farthest point
 
+#include "driver/ModalFileChecks.h"
+
 #include "driver/ModalFileForm.h"
 
 #include <fmt/format.h>
@@ -235,7 +237,8 @@ std::array<double, 6> Checker::shape(std::size_t node, unsigned mode) const {
     return values;
 }
 
-// Two nodes may well move like one by symmetry. A mode whose nodes all turn alike, and move as this turn and a translation say, doesn't deform the body.
+// Two nodes may well move like one by symmetry. A mode whose nodes all turn alike, and move as this turn and
+// a translation say, doesn't deform the body.
 bool Checker::isRigid(unsigned mode) const {
     const auto& nodes = file.content.nodeList->nodes;
     const std::array<double, 6> first = shape(0, mode);
@@ -266,20 +269,6 @@ void Checker::checkRigidModes() {
 }
 
 } // namespace
-
-unsigned ModalFile::getLine(const std::string& block) const {
-    const auto name = std::ranges::find(reader.blockNames, block);
-    return name == reader.blockNames.end()
-               ? 0
-               : reader.blockLines[static_cast<std::size_t>(name - reader.blockNames.begin())];
-}
-
-ModalScaling findScaling(const ModalFile& file) {
-    const MBM_GeneralDenseMatrix *mass = file.getInvariant(6), *stiffness = file.content.genStiff.get();
-    if (mass && mass->isUnitMatrix())
-        return ModalScaling::UnitMass;
-    return stiffness && stiffness->isUnitMatrix() ? ModalScaling::UnitStiffness : ModalScaling::Other;
-}
 
 std::vector<Finding> collectFindings(const ModalFile& file) {
     return Checker(file).check();

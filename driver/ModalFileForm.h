@@ -1,10 +1,12 @@
 #pragma once
 
-#include "driver/ModalFileChecks.h"
+#include "driver/ModalFile.h"
+#include "driver/ModelContents.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <vector>
 
 namespace velmora::driver {
 
