@@ -1,7 +1,8 @@
 // Time of one update with Jacobian of a flexible body with M modes, for each setting of its two switches,
 // beside the dense products alone that its formulas need: the same BLAS calls over operands of the same
-// sizes.
+// sizes. An update that allocates is an error.
 
+#include "tests/support/AllocationCounter.h"
 #include "tests/support/ModalFile.h"
 #include <velmora/platform/blas.h>
 
@@ -104,8 +105,13 @@ void quadraticProducts(int M, const std::vector<double>& matrices, const std::ve
 
 void update(benchmark::State& state, bool isCoupled, bool isQuadratic) {
     System system(static_cast<unsigned>(state.range(0)), isCoupled, isQuadratic);
+    const unsigned long before = test::allocationCount();
     for (auto _ : state)
         system.update();
+    if (const unsigned long made = test::allocationCount() - before; made != 0)
+        state.SkipWithError(
+            (std::to_string(made) + " allocations in " + std::to_string(state.iterations()) + " updates")
+                .c_str());
 }
 
 void denseProducts(benchmark::State& state, bool isCoupled, bool isQuadratic) {
