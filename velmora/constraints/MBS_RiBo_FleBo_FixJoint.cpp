@@ -11,13 +11,16 @@
 // phi_j, psi_j = mode shapes at the node; u2 = u0 + sum of phi_j eta_j; X = 1 + tilde(sum of psi_j eta_j);
 // D(p; u) = d(A u)/dp, D(dp; u) its rate; dA = rate of A by dp.
 //
-// (1) C       0-2: r1 + A1 u1 - r2 - A2 u2
-//             3: A1 y1 . A2 X z2      4: A1 x1 . A2 X z2      5: A1 x1 . A2 X y2
-// (2) CqT_1   t = [1, 0]              r = [D(p1; u1)', D(p1; y1)' A2 X z2, D(p1; x1)' A2 X z2, D(p1; x1)' A2
-// X y2] (3) CqT_2   t = [-1, 0]             r = [-D(p2; u2)', D(p2; X z2)' A1 y1, D(p2; X z2)' A1 x1, D(p2; X
-// y2)' A1 x1]
-//             f, row j: -(A2 phi_j)', psi_j . (z2 x A2'A1 y1), psi_j . (z2 x A2'A1 x1), psi_j . (y2 x A2'A1
-//             x1) since A2 tilde(psi_j) z2 . a = psi_j . (z2 x A2' a)
+// (1) C       rows 0 to 2: r1 + A1 u1 - r2 - A2 u2
+//             row 3: A1 y1 . A2 X z2
+//             row 4: A1 x1 . A2 X z2
+//             row 5: A1 x1 . A2 X y2
+// (2) CqT_1   t: [1, 0]
+//             r: [D(p1; u1)', D(p1; y1)' A2 X z2, D(p1; x1)' A2 X z2, D(p1; x1)' A2 X y2]
+// (3) CqT_2   t: [-1, 0]
+//             r: [-D(p2; u2)', D(p2; X z2)' A1 y1, D(p2; X z2)' A1 x1, D(p2; X y2)' A1 x1]
+//             f, row j: -(A2 phi_j)', psi_j . (z2 x A2'A1 y1), psi_j . (z2 x A2'A1 x1),
+//             psi_j . (y2 x A2'A1 x1), since A2 tilde(psi_j) z2 . a = psi_j . (z2 x A2'a)
 // (4) CqTdT   the rates of (2) and (3) while body 2 moves undeformed: u2 = u0 and X = 1 in what is a rate
 
 namespace velmora {

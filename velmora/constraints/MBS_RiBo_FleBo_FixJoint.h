@@ -74,8 +74,8 @@ class MBS_RiBo_FleBo_FixJoint_Block : public MBS_BodyBody_CqT {
     void setTransPart(double sign);
     /// Columns of the rotational part, 4x6.
     void setRotPart(const Mat34& point, const Vec4& column3, const Vec4& column4, const Vec4& column5);
-    /// Row j of the flexible part, Mx6, is point phi_j and psi_j . c_k, with c_3 to c_5 in the frame of body
-    /// 2.
+    /// Row j of the flexible part, Mx6: (point phi_j)', then psi_j . c3, psi_j . c4, psi_j . c5 with c3 to c5
+    /// in the frame of body 2.
     void setFlexPart(const Mat3& point, const Vec3& c3, const Vec3& c4, const Vec3& c5);
 
     const MBS_RiBo_FleBo_FixJoint* joint; // not owned
