@@ -6,6 +6,7 @@
 #include "velmora/measures/MBS_RefFrameMeasureFleBo_Disp.h"
 
 #include "velmora/bodies/MBS_Body.h"
+#include "velmora/bodies/MBS_BodyCommons.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/matrix/MBM_DenseMatrixIO.h"
 #include "velmora/model/MBS_ModelDofVector.h"
@@ -57,7 +58,7 @@ void MBS_RefFrameMeasureFleBo_Disp::readShapes(IO_DataModelBlock& block) {
 
 // (1)
 void MBS_RefFrameMeasureFleBo_Disp::updateMeasure(double, const P* q, const P*, const P*) {
-    const Vec3 place = transOf(q) + A(rotOf(q)) * localPoint - referencePoint;
+    const Vec3 place = transOf(q) + commons().A * localPoint - referencePoint;
     const double* eta = q->bodyData(bodyIndex) + 7;
     double value = place(coordinateIndex) - offset;
     for (unsigned j = 0; j < modeShapes.cols; ++j)
