@@ -170,16 +170,18 @@ INSTANTIATE_TEST_SUITE_P(Interfaces, BeamInTheKernel,
 
 TEST(BeamProgram, SaysWhatIsWrongWithItsOptions) {
     const auto exitCode = [](const std::string& options) {
-        return WEXITSTATUS(std::system((VELMORA_BEAM + options + " >/dev/null 2>&1").c_str()));
+        std::string command = VELMORA_BEAM;
+        command.append(" ").append(options).append(" >/dev/null 2>&1");
+        return WEXITSTATUS(std::system(command.c_str()));
     };
-    const std::string file = " " + testing::TempDir() + "velmora_beam_test.mtx";
+    const std::string file = testing::TempDir() + "velmora_beam_test.mtx";
     EXPECT_EQ(exitCode(file + " --circle 0.01"), 0);
-    EXPECT_EQ(exitCode(" --help"), 0);
+    EXPECT_EQ(exitCode("--help"), 0);
     for (const char* options :
          {"", " --circle 0", " --circle 0.01 --rectangle 1 1", " --circle 0.01 --elements 0", " --circle x",
           " --circle 0.01 --interface left", " --circle 0.01 --length -1"})
         EXPECT_EQ(exitCode(file + options), 2) << options;
-    EXPECT_EQ(exitCode(" no/such/folder/x.mtx --circle 0.01"), 1);
+    EXPECT_EQ(exitCode("no/such/folder/x.mtx --circle 0.01"), 1);
     EXPECT_EQ(exitCode(file + " --circle 0.01 --interface none --modes 0"), 1);
 }
 

@@ -118,15 +118,20 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{".mesh.inp", "*NSET\n1\n*NSET, NSET=a\n1, two\n", ":4: labels of nodes belong here"}));
 
 TEST(CcxProgram, SaysWhatIsWrongWithItsOptions) {
-    const std::string file = " " + testing::TempDir() + "velmora_ccx_test.mtx --mesh " + mesh;
-    const auto exitCode = [](const std::string& options) {
-        return WEXITSTATUS(std::system((VELMORA_CCX + options + " >/dev/null 2>&1").c_str()));
+    const auto exitCode = [](const std::string& jobName, const std::string& options) {
+        std::string command = VELMORA_CCX;
+        command.append(" ").append(jobName).append(" ").append(testing::TempDir());
+        command.append("velmora_ccx_test.mtx --mesh ")
+            .append(mesh)
+            .append(options)
+            .append(" >/dev/null 2>&1");
+        return WEXITSTATUS(std::system(command.c_str()));
     };
-    EXPECT_EQ(exitCode(" " + job + file + " --interface first=7 --interface LAST=8 --modes 4"), 0);
-    EXPECT_EQ(exitCode(" " + job + file), 2);
+    EXPECT_EQ(exitCode(job, " --interface first=7 --interface LAST=8 --modes 4"), 0);
+    EXPECT_EQ(exitCode(job, ""), 2);
     for (const char* interface : {"first", "first=x", "middle=1", "edge=1"})
-        EXPECT_EQ(exitCode(" " + job + file + " --interface " + interface), 2) << interface;
-    EXPECT_EQ(exitCode(" nowhere" + file + " --interface first=1"), 1);
+        EXPECT_EQ(exitCode(job, std::string(" --interface ").append(interface)), 2) << interface;
+    EXPECT_EQ(exitCode("nowhere", " --interface first=1"), 1);
 }
 
 } // namespace
