@@ -1,0 +1,50 @@
+#pragma once
+
+#include "contact/SurfaceMesh.h"
+
+#include <type_traits>
+
+namespace velmora::contact {
+
+/// A triangle in the two roles that it plays, in the frame of its body. As the foot of a column it carries a
+/// prism of elastic material that reaches from the triangle inwards against the normal, down to `depth`. As a
+/// patch it presses into the columns of the other body.
+struct Face {
+    std::array<Vec3, 3> corners; ///< counter-clockwise seen from outside
+    Vec3 normal;                 ///< outwards, unit
+    std::array<Vec3, 3> sides; ///< outward normals of the prism's side i, along the edge from corner i; unit
+    double depth;
+};
+
+/// Box along the axes of the body.
+struct Box {
+    Vec3 center, half;
+};
+
+/// A node of the tree of boxes around runs of faces. The first child of an inner node is the next node.
+struct Node {
+    Box patches, columns;       ///< around the triangles; around their prisms
+    std::uint32_t begin, count; ///< faces of a leaf; count is 0 for an inner node
+    std::uint32_t secondChild;  ///< of an inner node
+};
+
+/// Faces in the order of the leaves, with the tree over them. Depth of the tree: at most 1 + log2(faces).
+struct SurfaceView {
+    const Face* faces;
+    const Node* nodes;
+};
+
+/// A surface while it is being made; afterwards plain memory to be copied.
+struct Surface {
+    std::vector<Face> faces;
+    std::vector<Node> nodes;
+};
+static_assert(std::is_trivially_copyable_v<Face> && std::is_trivially_copyable_v<Node>);
+
+/// The surface of a body whose vertices are position + orientation * u for the vertices u of the mesh, u in
+/// the mesh's frame and the result in the body's. The columns reach down to maxPenetration, but not beyond
+/// the middle of the body: where half the thickness under a face is less, they end there.
+Surface makeSurface(const SurfaceMesh& mesh, const Vec3& position, const Mat3& orientation,
+                    double maxPenetration);
+
+} // namespace velmora::contact
