@@ -1,0 +1,210 @@
+#pragma once
+
+#include "contact/ContactLaw.h"
+#include "contact/Surface.h"
+
+#include <algorithm>
+
+/// \file
+/// Forces of the columns of one surface on the patches of the other, in the frame of the columns' body.
+///
+/// Under each face stands a prism of elastic material. A point of it at the depth x below the face carries
+/// the pressure p = k x, a field that is fixed in the body. Where the other surface runs through the prism it
+/// bears that pressure on its inner side; so the force on the body of the columns is the integral of p n dA
+/// over the part of the patch within the prism, n the patch's outward normal, and the work of p is the change
+/// of the integral of k x over the common volume: without damping and friction the forces have that
+/// potential.
+///
+/// A patch within a prism is a convex polygon, got by clipping the triangle at the prism's three sides, at
+/// its foot x = 0 and at its end. The elastic traction is linear in the place, its moment quadratic: a rule
+/// of second order over a fan of triangles makes both exact.
+
+namespace velmora::contact {
+
+/// How the patches stand and move relative to the columns.
+template <class T>
+struct RelativeMotion {
+    Matrix3<T> rotation; ///< frame of the patches to that of the columns
+    Vector3<T> position; ///< of the patches' body, from the columns'
+    /// Velocity of the columns relative to the patches at the place y: velocity + angular x y.
+    Vector3<T> velocity, angular;
+};
+
+/// Sums over all patches in columns.
+template <class T>
+struct ColumnForces {
+    Vector3<T> force{}, torque{}; ///< on the columns' body, about its position
+    double area = 0, load = 0;    ///< of the patches; integral of the elastic pressure
+    Vec3 areaMoment{}, loadMoment{};
+};
+
+/// Convex polygon; a triangle cut by five planes has at most 8 corners. Corners that rounding adds to a
+/// sliver are left out.
+template <class T>
+struct Polygon {
+    std::array<Vector3<T>, 8> corners;
+    unsigned count = 0;
+
+    void add(const Vector3<T>& corner) {
+        if (count < corners.size())
+            corners[count++] = corner;
+    }
+};
+
+/// Keeps what lies where normal . (x - origin) <= limit.
+template <class T>
+void clip(Polygon<T>& polygon, const Vec3& normal, const Vec3& origin, double limit) {
+    std::array<T, 8> excess;
+    bool isCut = false;
+    for (unsigned i = 0; i < polygon.count; ++i) {
+        excess[i] = dot(polygon.corners[i] - origin, normal) - limit;
+        isCut = isCut || valueOf(excess[i]) > 0;
+    }
+    if (!isCut)
+        return;
+    Polygon<T> kept;
+    for (unsigned i = 0; i < polygon.count; ++i) {
+        const unsigned j = i + 1 < polygon.count ? i + 1 : 0;
+        const bool isIn = valueOf(excess[i]) <= 0, isNextIn = valueOf(excess[j]) <= 0;
+        if (isIn)
+            kept.add(polygon.corners[i]);
+        if (isIn != isNextIn)
+            kept.add(polygon.corners[i] +
+                     (polygon.corners[j] - polygon.corners[i]) * (excess[i] / (excess[i] - excess[j])));
+    }
+    polygon = kept;
+}
+
+/// The part of the triangle within the prism of the column.
+template <class T>
+Polygon<T> patchWithin(const Face& column, const std::array<Vector3<T>, 3>& triangle) {
+    Polygon<T> polygon;
+    polygon.count = 3;
+    for (unsigned i = 0; i < 3; ++i)
+        polygon.corners[i] = triangle[i];
+    clip(polygon, column.normal, column.corners[0], 0);
+    for (unsigned i = 0; i < 3 && polygon.count > 0; ++i)
+        clip(polygon, column.sides[i], column.corners[i], 0);
+    if (polygon.count > 0)
+        clip(polygon, column.normal * -1.0, column.corners[0], column.depth);
+    return polygon;
+}
+
+/// Walks both trees and sums up the forces.
+template <class T>
+class ColumnIntegral {
+  public:
+    ColumnIntegral(const ContactLaw& contactLaw, const SurfaceView& columnSurface,
+                   const SurfaceView& patchSurface, const RelativeMotion<T>& relativeMotion)
+        : law(contactLaw),
+          columns(columnSurface),
+          patches(patchSurface),
+          motion(relativeMotion) {
+        for (unsigned j = 0; j < 3; ++j) {
+            for (unsigned i = 0; i < 3; ++i)
+                values.rotation[j][i] = valueOf(motion.rotation[j][i]);
+            values.position[j] = valueOf(motion.position[j]);
+        }
+    }
+
+    const ColumnForces<T>& compute() {
+        visit(0, 0);
+        return sum;
+    }
+
+  private:
+    const ContactLaw& law;
+    const SurfaceView& columns;
+    const SurfaceView& patches;
+    const RelativeMotion<T>& motion;
+    RelativeMotion<double> values{};
+    ColumnForces<T> sum{};
+
+    void visit(std::uint32_t columnNode, std::uint32_t patchNode) {
+        const Node& a = columns.nodes[columnNode];
+        const Node& b = patches.nodes[patchNode];
+        if (!overlap(a.columns, b.patches))
+            return;
+        if (a.count > 0 && b.count > 0)
+            return addLeaves(a, b);
+        const bool splitsPatches = a.count > 0 || (b.count == 0 && sizeOf(b.patches) > sizeOf(a.columns));
+        visit(splitsPatches ? columnNode : columnNode + 1, splitsPatches ? patchNode + 1 : patchNode);
+        visit(splitsPatches ? columnNode : a.secondChild, splitsPatches ? b.secondChild : patchNode);
+    }
+
+    static double sizeOf(const Box& box) { return dot(box.half, box.half); }
+
+    /// The patches' box is widened to one along the columns' axes.
+    bool overlap(const Box& column, const Box& patch) const {
+        const Vec3 distance = values.position + values.rotation * patch.center - column.center;
+        for (unsigned i = 0; i < 3; ++i) {
+            double reach = column.half[i];
+            for (unsigned j = 0; j < 3; ++j)
+                reach += std::abs(values.rotation[j][i]) * patch.half[j];
+            if (!(std::abs(distance[i]) <= reach)) // nor do boxes at no number
+                return false;
+        }
+        return true;
+    }
+
+    void addLeaves(const Node& a, const Node& b) {
+        for (std::uint32_t j = b.begin; j < b.begin + b.count; ++j) {
+            const std::array<Vec3, 3> triangle = placed(values, patches.faces[j]);
+            for (std::uint32_t i = a.begin; i < a.begin + a.count; ++i)
+                if (mayMeet(columns.faces[i], triangle) && patchWithin(columns.faces[i], triangle).count > 0)
+                    add(columns.faces[i], patches.faces[j]);
+        }
+    }
+
+    template <class S>
+    static std::array<Vector3<S>, 3> placed(const RelativeMotion<S>& m, const Face& patch) {
+        return {m.position + m.rotation * patch.corners[0], m.position + m.rotation * patch.corners[1],
+                m.position + m.rotation * patch.corners[2]};
+    }
+
+    /// False if a plane of the prism has the whole triangle outside.
+    static bool mayMeet(const Face& column, const std::array<Vec3, 3>& triangle) {
+        const auto least = [&](const Vec3& normal, const Vec3& origin) {
+            const double a = dot(triangle[0] - origin, normal), b = dot(triangle[1] - origin, normal);
+            return std::min({a, b, dot(triangle[2] - origin, normal)});
+        };
+        return least(column.normal, column.corners[0]) < 0 &&
+               least(column.normal * -1.0, column.corners[0]) < column.depth &&
+               least(column.sides[0], column.corners[0]) < 0 &&
+               least(column.sides[1], column.corners[1]) < 0 && least(column.sides[2], column.corners[2]) < 0;
+    }
+
+    void add(const Face& column, const Face& patch) {
+        const Polygon<T> polygon = patchWithin(column, placed(motion, patch));
+        const Vector3<T> normal = motion.rotation * patch.normal;
+        for (unsigned i = 2; i < polygon.count; ++i)
+            addTriangle(column, normal, {polygon.corners[0], polygon.corners[i - 1], polygon.corners[i]});
+    }
+
+    /// Three points, exact for polynomials of second order (A. H. Stroud, "Approximate Calculation of
+    /// Multiple Integrals", T2: 2-1).
+    void addTriangle(const Face& column, const Vector3<T>& normal, const std::array<Vector3<T>, 3>& x) {
+        const T share = dot(cross(x[1] - x[0], x[2] - x[0]), normal) * (0.5 / 3);
+        const Vector3<T> middle = (x[0] + x[1] + x[2]) * (1.0 / 6);
+        for (unsigned i = 0; i < 3; ++i)
+            addPoint(column, normal, middle + x[i] * 0.5, share);
+    }
+
+    void addPoint(const Face& column, const Vector3<T>& normal, const Vector3<T>& y, const T& area) {
+        const T depth = dot(column.corners[0] - y, column.normal);
+        const T cosine = -dot(normal, column.normal);
+        const T facing = valueOf(cosine) > 0 ? cosine : T(0.0);
+        const Vector3<T> velocity = motion.velocity + cross(motion.angular, y);
+        const Vector3<T> force = law.traction(depth, normal, facing, velocity) * area;
+        sum.force += force;
+        sum.torque += cross(y, force);
+        const double weight = valueOf(area), load = weight * valueOf(depth);
+        const Vec3 place{valueOf(y[0]), valueOf(y[1]), valueOf(y[2])};
+        sum.area += weight;
+        sum.load += load;
+        sum.areaMoment += place * weight;
+        sum.loadMoment += place * load;
+    }
+};
+
+} // namespace velmora::contact
