@@ -8,14 +8,15 @@
 /// \file
 /// Forces of the columns of one surface on the patches of the other, in the frame of the columns' body.
 ///
-/// Under each face stands a prism of elastic material. A point of it at the depth x below the face carries
-/// the pressure p = k x, a field that is fixed in the body. Where the other surface runs through the prism it
-/// bears that pressure on its inner side; so the force on the body of the columns is the integral of p n dA
-/// over the part of the patch within the prism, n the patch's outward normal, and the work of p is the change
-/// of the integral of k x over the common volume: without damping and friction the forces have that
-/// potential.
+/// Under each face stands a column of elastic material. A point of it at the depth x below the face carries
+/// the pressure p = k x, a field that is fixed in the body and vanishes on its surface. Where the other
+/// surface runs through the column it bears that pressure on its inner side; so the force on the body of the
+/// columns is the integral of p n dA over the part of the patch within the column, n the patch's outward
+/// normal. The work of p is the change of the integral of k x over the common volume: without damping and
+/// friction the forces have that potential. The field as in R. Elandt et al., "A pressure field model for
+/// fast, robust approximation of net contact force and moment between nominally rigid objects", 2019.
 ///
-/// A patch within a prism is a convex polygon, got by clipping the triangle at the prism's three sides, at
+/// A patch within a column is a convex polygon, got by clipping the triangle at the column's three sides, at
 /// its foot x = 0 and at its end. The elastic traction is linear in the place, its moment quadratic: a rule
 /// of second order over a fan of triangles makes both exact.
 
@@ -75,7 +76,7 @@ void clip(Polygon<T>& polygon, const Vec3& normal, const Vec3& origin, double li
     polygon = kept;
 }
 
-/// The part of the triangle within the prism of the column.
+/// The part of the triangle within the column.
 template <class T>
 Polygon<T> patchWithin(const Face& column, const std::array<Vector3<T>, 3>& triangle) {
     Polygon<T> polygon;
@@ -162,7 +163,7 @@ class ColumnIntegral {
                 m.position + m.rotation * patch.corners[2]};
     }
 
-    /// False if a plane of the prism has the whole triangle outside.
+    /// False if a plane of the column has the whole triangle outside.
     static bool mayMeet(const Face& column, const std::array<Vec3, 3>& triangle) {
         const auto least = [&](const Vec3& normal, const Vec3& origin) {
             const double a = dot(triangle[0] - origin, normal), b = dot(triangle[1] - origin, normal);

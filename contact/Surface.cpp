@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace velmora::contact {
 namespace {
@@ -16,11 +17,69 @@ Vec3 centerOf(const Face& face) {
     return (face.corners[0] + face.corners[1] + face.corners[2]) * (1.0 / 3);
 }
 
-Face makeFace(const std::array<Vec3, 3>& corners, double depth) {
-    Face face{corners, unit(cross(corners[1] - corners[0], corners[2] - corners[0])), {}, depth};
-    for (unsigned i = 0; i < 3; ++i)
-        face.sides[i] = unit(cross(corners[(i + 1) % 3] - corners[i], face.normal));
-    return face;
+/// The plane through an edge between two triangles. It halves the angle between them, but where the surface
+/// bends inwards it leans out by 45 degrees at most, as in a corner of a room.
+Vec3 sideOf(const Vec3& edge, const Vec3& normal, const Vec3& neighbour) {
+    const Vec3 upright = unit(cross(edge, normal)), halving = cross(edge, normal + neighbour);
+    const bool isBlade = norm(halving) < 1e-9 * norm(edge);
+    const Vec3 side = isBlade ? upright : unit(halving);
+    return dot(side, normal) > std::sqrt(0.5) ? unit(upright + normal) : side;
+}
+
+/// Number of the triangle that runs an edge, by the edge's ends.
+class EdgeTable {
+  public:
+    explicit EdgeTable(const SurfaceMesh& mesh) {
+        for (std::uint32_t t = 0; t < mesh.triangles.size(); ++t)
+            for (unsigned i = 0; i < 3; ++i)
+                runs.push_back({keyOf(mesh.triangles[t][i], mesh.triangles[t][(i + 1) % 3]), t});
+        std::sort(runs.begin(), runs.end());
+    }
+    std::uint32_t triangleAt(std::uint32_t from, std::uint32_t to) const {
+        return std::lower_bound(runs.begin(), runs.end(), Run{keyOf(from, to), 0})->second;
+    }
+
+  private:
+    using Run = std::pair<std::uint64_t, std::uint32_t>;
+    std::vector<Run> runs;
+
+    static std::uint64_t keyOf(std::uint32_t from, std::uint32_t to) {
+        return (std::uint64_t{from} << 32U) + to;
+    }
+};
+
+/// Faces without sides.
+std::vector<Face> placeFaces(const SurfaceMesh& mesh, const Vec3& position, const Mat3& orientation,
+                             double depth) {
+    std::vector<Face> faces;
+    faces.reserve(mesh.triangles.size());
+    for (const SurfaceMesh::Triangle& triangle : mesh.triangles) {
+        Face face{};
+        for (unsigned i = 0; i < 3; ++i)
+            face.corners[i] = position + orientation * mesh.vertices[triangle[i]];
+        face.normal = unit(cross(face.corners[1] - face.corners[0], face.corners[2] - face.corners[0]));
+        face.depth = depth;
+        faces.push_back(face);
+    }
+    return faces;
+}
+
+void setSides(std::vector<Face>& faces, const SurfaceMesh& mesh) {
+    const EdgeTable edges(mesh);
+    for (std::size_t t = 0; t < faces.size(); ++t)
+        for (unsigned i = 0; i < 3; ++i) {
+            const unsigned next = (i + 1) % 3;
+            const std::uint32_t other = edges.triangleAt(mesh.triangles[t][next], mesh.triangles[t][i]);
+            faces[t].sides[i] =
+                sideOf(faces[t].corners[next] - faces[t].corners[i], faces[t].normal, faces[other].normal);
+        }
+}
+
+/// Where the column's edge from a corner, the line common to two of its planes, reaches the depth. A column
+/// that narrows to a point before lies within the box around its corners and these points, too.
+Vec3 endOfEdge(const Face& face, unsigned corner) {
+    const Vec3 line = cross(face.sides[(corner + 2) % 3], face.sides[corner]);
+    return face.corners[corner] - line * (face.depth / dot(line, face.normal));
 }
 
 /// Grows around points.
@@ -136,7 +195,7 @@ class ThicknessProbe {
             return;
         const Vec3 x = origin + direction * distance;
         for (unsigned i = 0; i < 3; ++i)
-            if (dot(x - face.corners[i], face.sides[i]) > 0)
+            if (dot(x - face.corners[i], face.sides[i]) > 0) // on the face, the planes cut along its edges
                 return;
         nearest = distance;
     }
@@ -144,7 +203,7 @@ class ThicknessProbe {
 
 /// Half the thickness under the centre and under three points on the way to the corners.
 void limitDepths(Surface& surface) {
-    constexpr double towardsCorner = 0.75;
+    constexpr double towardsCorner = 0.5;
     ThicknessProbe probe(surface);
     for (Face& face : surface.faces) {
         const Vec3 center = centerOf(face), inwards = face.normal * -1.0;
@@ -161,9 +220,9 @@ void boundColumns(Surface& surface) {
         Node& node = surface.nodes[n];
         Bounds bounds;
         for (std::uint32_t i = node.begin; i < node.begin + node.count; ++i)
-            for (const Vec3& corner : surface.faces[i].corners) {
-                bounds.add(corner);
-                bounds.add(corner - surface.faces[i].normal * surface.faces[i].depth);
+            for (unsigned corner = 0; corner < 3; ++corner) {
+                bounds.add(surface.faces[i].corners[corner]);
+                bounds.add(endOfEdge(surface.faces[i], corner));
             }
         if (node.count == 0)
             for (const Node* child : {&surface.nodes[n + 1], &surface.nodes[node.secondChild]}) {
@@ -179,13 +238,8 @@ void boundColumns(Surface& surface) {
 Surface makeSurface(const SurfaceMesh& mesh, const Vec3& position, const Mat3& orientation,
                     double maxPenetration) {
     Surface surface;
-    surface.faces.reserve(mesh.triangles.size());
-    for (const SurfaceMesh::Triangle& triangle : mesh.triangles) {
-        std::array<Vec3, 3> corners{};
-        for (unsigned i = 0; i < 3; ++i)
-            corners[i] = position + orientation * mesh.vertices[triangle[i]];
-        surface.faces.push_back(makeFace(corners, maxPenetration));
-    }
+    surface.faces = placeFaces(mesh, position, orientation, maxPenetration);
+    setSides(surface.faces, mesh);
     TreeBuilder build(surface);
     limitDepths(surface);
     boundColumns(surface);

@@ -6,13 +6,15 @@
 
 namespace velmora::contact {
 
-/// A triangle in the two roles that it plays, in the frame of its body. As the foot of a column it carries a
-/// prism of elastic material that reaches from the triangle inwards against the normal, down to `depth`. As a
-/// patch it presses into the columns of the other body.
+/// A triangle in the two roles that it plays, in the frame of its body. As the foot of a column it carries
+/// elastic material inwards, down to `depth`, between three planes: the one through each edge halves the
+/// angle to the neighbour's triangle, so that the columns of a body neither overlap at its edges nor leave
+/// gaps, and the depth below the feet is continuous from one column to the next. As a patch it presses into
+/// the columns of the other body.
 struct Face {
     std::array<Vec3, 3> corners; ///< counter-clockwise seen from outside
     Vec3 normal;                 ///< outwards, unit
-    std::array<Vec3, 3> sides; ///< outward normals of the prism's side i, along the edge from corner i; unit
+    std::array<Vec3, 3> sides;   ///< normals of the planes through the edges from corner i, outwards, unit
     double depth;
 };
 
@@ -23,7 +25,7 @@ struct Box {
 
 /// A node of the tree of boxes around runs of faces. The first child of an inner node is the next node.
 struct Node {
-    Box patches, columns;       ///< around the triangles; around their prisms
+    Box patches, columns;       ///< around the triangles; around their columns
     std::uint32_t begin, count; ///< faces of a leaf; count is 0 for an inner node
     std::uint32_t secondChild;  ///< of an inner node
 };
