@@ -39,11 +39,11 @@ struct ColumnForces {
     Vec3 areaMoment{}, loadMoment{};
 };
 
-/// Convex polygon; a triangle cut by five planes has at most 8 corners. Corners that rounding adds to a
+/// Convex polygon; a triangle cut by six planes has at most 9 corners. Corners that rounding adds to a
 /// sliver are left out.
 template <class T>
 struct Polygon {
-    std::array<Vector3<T>, 8> corners;
+    std::array<Vector3<T>, 9> corners;
     unsigned count = 0;
 
     void add(const Vector3<T>& corner) {
@@ -55,7 +55,7 @@ struct Polygon {
 /// Keeps what lies where normal . (x - origin) <= limit.
 template <class T>
 void clip(Polygon<T>& polygon, const Vec3& normal, const Vec3& origin, double limit) {
-    std::array<T, 8> excess;
+    std::array<T, 9> excess;
     bool isCut = false;
     for (unsigned i = 0; i < polygon.count; ++i) {
         excess[i] = dot(polygon.corners[i] - origin, normal) - limit;
@@ -88,6 +88,8 @@ Polygon<T> patchWithin(const Face& column, const std::array<Vector3<T>, 3>& tria
         clip(polygon, column.sides[i], column.corners[i], 0);
     if (polygon.count > 0)
         clip(polygon, column.normal * -1.0, column.corners[0], column.depth);
+    if (polygon.count > 0)
+        clip(polygon, column.endNormal, column.endPoint, 0);
     return polygon;
 }
 

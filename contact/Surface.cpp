@@ -49,8 +49,7 @@ class EdgeTable {
 };
 
 /// Faces without sides.
-std::vector<Face> placeFaces(const SurfaceMesh& mesh, const Vec3& position, const Mat3& orientation,
-                             double depth) {
+std::vector<Face> placeFaces(const SurfaceMesh& mesh, const Vec3& position, const Mat3& orientation) {
     std::vector<Face> faces;
     faces.reserve(mesh.triangles.size());
     for (const SurfaceMesh::Triangle& triangle : mesh.triangles) {
@@ -58,7 +57,6 @@ std::vector<Face> placeFaces(const SurfaceMesh& mesh, const Vec3& position, cons
         for (unsigned i = 0; i < 3; ++i)
             face.corners[i] = position + orientation * mesh.vertices[triangle[i]];
         face.normal = unit(cross(face.corners[1] - face.corners[0], face.corners[2] - face.corners[0]));
-        face.depth = depth;
         faces.push_back(face);
     }
     return faces;
@@ -75,7 +73,7 @@ void setSides(std::vector<Face>& faces, const SurfaceMesh& mesh) {
         }
 }
 
-/// Where the column's edge from a corner, the line common to two of its planes, reaches the depth. A column
+/// Where the column's edge from a corner, the line common to two of its sides, reaches the depth. A column
 /// that narrows to a point before lies within the box around its corners and these points, too.
 Vec3 endOfEdge(const Face& face, unsigned corner) {
     const Vec3 line = cross(face.sides[(corner + 2) % 3], face.sides[corner]);
@@ -137,80 +135,100 @@ class TreeBuilder {
     }
 };
 
-/// Shoots from under the surface inwards and finds where the body ends.
-class ThicknessProbe {
-  public:
-    explicit ThicknessProbe(const Surface& target) : surface(target) {}
+/// The point of a triangle next to x (C. Ericson, "Real-Time Collision Detection", section 5.1.5).
+Vec3 nearestPoint(const Face& face, const Vec3& x) {
+    const auto& [a, b, c] = face.corners;
+    const Vec3 ab = b - a, ac = c - a, ax = x - a, bx = x - b, cx = x - c;
+    const double d1 = dot(ab, ax), d2 = dot(ac, ax), d3 = dot(ab, bx), d4 = dot(ac, bx), d5 = dot(ab, cx),
+                 d6 = dot(ac, cx);
+    if (d1 <= 0 && d2 <= 0)
+        return a;
+    if (d3 >= 0 && d4 <= d3)
+        return b;
+    if (d6 >= 0 && d5 <= d6)
+        return c;
+    const double va = d3 * d6 - d5 * d4, vb = d5 * d2 - d1 * d6, vc = d1 * d4 - d3 * d2;
+    if (vc <= 0 && d1 >= 0 && d3 <= 0)
+        return a + ab * (d1 / (d1 - d3));
+    if (vb <= 0 && d2 >= 0 && d6 <= 0)
+        return a + ac * (d2 / (d2 - d6));
+    if (va <= 0 && d4 >= d3 && d5 >= d6)
+        return b + (c - b) * ((d4 - d3) / ((d4 - d3) + (d5 - d6)));
+    return a + ab * (vb / (va + vb + vc)) + ac * (vc / (va + vb + vc));
+}
 
-    /// Distance from x on the face to the first face on the other side, at most `limit`.
-    double measure(const Vec3& x, const Vec3& inwards, double limit) {
-        origin = x;
-        direction = inwards;
-        nearest = limit;
-        visit(0);
-        return nearest;
+/// The largest ball within the surface that touches it at a given place, by shrinking a ball until no point
+/// of the surface lies in it (J. Ma, S. W. Bae, S. Choi, "3D medial axis point approximation using nearest
+/// neighbors and the normal field", 2012).
+class InscribedBall {
+  public:
+    explicit InscribedBall(const Surface& target) : surface(target) {}
+
+    double radiusAt(const Vec3& touch, const Vec3& outwards, double limit) {
+        constexpr int maxSteps = 30;
+        constexpr double tolerance = 1e-6;
+        double radius = limit;
+        for (int step = 0; step < maxSteps; ++step) {
+            center = touch - outwards * radius;
+            bestDistance = radius * (1 - tolerance);
+            found = false;
+            visit(0);
+            if (!found)
+                break;
+            const Vec3 toTouch = touch - best;
+            radius = dot(toTouch, toTouch) / (2 * dot(toTouch, outwards));
+        }
+        return radius;
     }
 
   private:
     const Surface& surface;
-    Vec3 origin{}, direction{};
-    double nearest = 0;
+    Vec3 center{}, best{};
+    double bestDistance = 0;
+    bool found = false;
 
     void visit(std::uint32_t index) {
         const Node& node = surface.nodes[index];
-        if (!meets(node.patches))
+        double outside = 0;
+        for (unsigned i = 0; i < 3; ++i) {
+            const double gap = std::abs(center[i] - node.patches.center[i]) - node.patches.half[i];
+            outside += gap > 0 ? gap * gap : 0;
+        }
+        if (outside >= bestDistance * bestDistance)
             return;
-        for (std::uint32_t i = node.begin; i < node.begin + node.count; ++i)
-            meet(surface.faces[i]);
+        for (std::uint32_t i = node.begin; i < node.begin + node.count; ++i) {
+            const Vec3 x = nearestPoint(surface.faces[i], center);
+            if (norm(x - center) < bestDistance) {
+                bestDistance = norm(x - center);
+                best = x;
+                found = true;
+            }
+        }
         if (node.count == 0) {
             visit(index + 1);
             visit(node.secondChild);
         }
     }
-
-    bool meets(const Box& box) const {
-        double from = 0, to = nearest;
-        for (unsigned i = 0; i < 3; ++i) {
-            const double distance = box.center[i] - origin[i];
-            if (direction[i] == 0) {
-                if (std::abs(distance) > box.half[i])
-                    return false;
-                continue;
-            }
-            const double a = (distance - box.half[i]) / direction[i],
-                         b = (distance + box.half[i]) / direction[i];
-            from = std::max(from, std::min(a, b));
-            to = std::min(to, std::max(a, b));
-        }
-        return from <= to;
-    }
-
-    /// The ray leaves the body where it runs along the normal.
-    void meet(const Face& face) {
-        const double slope = dot(direction, face.normal);
-        if (slope <= 0)
-            return;
-        const double distance = dot(face.corners[0] - origin, face.normal) / slope;
-        if (distance < 0 || distance >= nearest)
-            return;
-        const Vec3 x = origin + direction * distance;
-        for (unsigned i = 0; i < 3; ++i)
-            if (dot(x - face.corners[i], face.sides[i]) > 0) // on the face, the planes cut along its edges
-                return;
-        nearest = distance;
-    }
 };
 
-/// Half the thickness under the centre and under three points on the way to the corners.
-void limitDepths(Surface& surface) {
-    constexpr double towardsCorner = 0.5;
-    ThicknessProbe probe(surface);
+/// The radius is taken half-way between centre and corners, so that it isn't the shape of the triangles'
+/// seams that counts, and continued to the corners.
+void limitDepths(Surface& surface, double maxDepth) {
+    InscribedBall ball(surface);
     for (Face& face : surface.faces) {
-        const Vec3 center = centerOf(face), inwards = face.normal * -1.0;
-        double thickness = probe.measure(center, inwards, 2 * face.depth);
-        for (const Vec3& corner : face.corners)
-            thickness = probe.measure(center + (corner - center) * towardsCorner, inwards, thickness);
-        face.depth = thickness / 2;
+        Vec3 radii{};
+        for (unsigned i = 0; i < 3; ++i)
+            radii[i] = ball.radiusAt((centerOf(face) + face.corners[i]) * 0.5, face.normal, maxDepth);
+        const double mean = (radii[0] + radii[1] + radii[2]) / 3;
+        std::array<Vec3, 3> ends{};
+        face.depth = 0;
+        for (unsigned i = 0; i < 3; ++i) {
+            const double depth = std::clamp(2 * radii[i] - mean, 0.0, maxDepth);
+            ends[i] = face.corners[i] - face.normal * depth;
+            face.depth = std::max(face.depth, depth);
+        }
+        face.endNormal = unit(cross(ends[2] - ends[0], ends[1] - ends[0]));
+        face.endPoint = ends[0];
     }
 }
 
@@ -238,10 +256,10 @@ void boundColumns(Surface& surface) {
 Surface makeSurface(const SurfaceMesh& mesh, const Vec3& position, const Mat3& orientation,
                     double maxPenetration) {
     Surface surface;
-    surface.faces = placeFaces(mesh, position, orientation, maxPenetration);
+    surface.faces = placeFaces(mesh, position, orientation);
     setSides(surface.faces, mesh);
     TreeBuilder build(surface);
-    limitDepths(surface);
+    limitDepths(surface, maxPenetration);
     boundColumns(surface);
     return surface;
 }

@@ -7,15 +7,18 @@
 namespace velmora::contact {
 
 /// A triangle in the two roles that it plays, in the frame of its body. As the foot of a column it carries
-/// elastic material inwards, down to `depth`, between three planes: the one through each edge halves the
-/// angle to the neighbour's triangle, so that the columns of a body neither overlap at its edges nor leave
-/// gaps, and the depth below the feet is continuous from one column to the next. As a patch it presses into
-/// the columns of the other body.
+/// elastic material inwards, between three planes: the one through each edge halves the angle to the
+/// neighbour's triangle, so that the columns of a body neither overlap at its edges nor leave gaps, and the
+/// depth below the feet is continuous from one column to the next. The column ends at the depth `depth`, or
+/// before that at a plane near the middle of the body, where columns from other sides begin. As a patch the
+/// triangle presses into the columns of the other body.
 struct Face {
     std::array<Vec3, 3> corners; ///< counter-clockwise seen from outside
     Vec3 normal;                 ///< outwards, unit
     std::array<Vec3, 3> sides;   ///< normals of the planes through the edges from corner i, outwards, unit
     double depth;
+    Vec3 endNormal; ///< of the end plane, into the body, unit
+    Vec3 endPoint;  ///< on the end plane
 };
 
 /// Box along the axes of the body.
@@ -45,7 +48,8 @@ static_assert(std::is_trivially_copyable_v<Face> && std::is_trivially_copyable_v
 
 /// The surface of a body whose vertices are position + orientation * u for the vertices u of the mesh, u in
 /// the mesh's frame and the result in the body's. The columns reach down to maxPenetration, but not beyond
-/// the middle of the body: where half the thickness under a face is less, they end there.
+/// the middle of the body: under each place of the foot a column ends about where the largest ball in the
+/// body that touches the surface there has its centre.
 Surface makeSurface(const SurfaceMesh& mesh, const Vec3& position, const Mat3& orientation,
                     double maxPenetration);
 
