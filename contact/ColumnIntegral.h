@@ -108,6 +108,9 @@ class ColumnIntegral {
                 values.rotation[j][i] = valueOf(motion.rotation[j][i]);
             values.position[j] = valueOf(motion.position[j]);
         }
+        for (unsigned i = 0; i < 3; ++i)
+            for (unsigned j = 0; j < 3; ++j)
+                skewness += std::abs(dot(values.rotation[i], values.rotation[j]) - (i == j ? 1 : 0));
     }
 
     const ColumnForces<T>& compute() {
@@ -121,6 +124,8 @@ class ColumnIntegral {
     const SurfaceView& patches;
     const RelativeMotion<T>& motion;
     RelativeMotion<double> values{};
+    double skewness =
+        0; ///< bound of how far the rotation is from a true one, with Euler parameters off norm 1
     ColumnForces<T> sum{};
 
     void visit(std::uint32_t columnNode, std::uint32_t patchNode) {
@@ -128,32 +133,45 @@ class ColumnIntegral {
         const Node& b = patches.nodes[patchNode];
         if (!overlap(a.columns, b.patches))
             return;
-        if (a.count > 0 && b.count > 0)
+        if (a.isLeaf() && b.isLeaf())
             return addLeaves(a, b);
-        const bool splitsPatches = a.count > 0 || (b.count == 0 && sizeOf(b.patches) > sizeOf(a.columns));
+        const bool splitsPatches = a.isLeaf() || (!b.isLeaf() && sizeOf(b.patches) > sizeOf(a.columns));
         visit(splitsPatches ? columnNode : columnNode + 1, splitsPatches ? patchNode + 1 : patchNode);
         visit(splitsPatches ? columnNode : a.secondChild, splitsPatches ? b.secondChild : patchNode);
     }
 
     static double sizeOf(const Box& box) { return dot(box.half, box.half); }
 
-    /// The patches' box is widened to one along the columns' axes.
+    /// False if a plane along the sides of either box parts them.
     bool overlap(const Box& column, const Box& patch) const {
         const Vec3 distance = values.position + values.rotation * patch.center - column.center;
+        Mat3 patchAxes; // in the columns' frame, then along the column box's axes
+        for (unsigned j = 0; j < 3; ++j) {
+            patchAxes[j] = values.rotation * patch.axes[j];
+            const Vec3 cosines = transposedTimes(column.axes, patchAxes[j]);
+            const double reach = patch.half[j] + skewness * (patch.half[0] + patch.half[1] + patch.half[2]) +
+                                 std::abs(cosines[0]) * column.half[0] +
+                                 std::abs(cosines[1]) * column.half[1] +
+                                 std::abs(cosines[2]) * column.half[2];
+            if (!(std::abs(dot(patchAxes[j], distance)) <= reach)) // nor do boxes at no number
+                return false;
+            patchAxes[j] = cosines;
+        }
+        const Vec3 along = transposedTimes(column.axes, distance);
         for (unsigned i = 0; i < 3; ++i) {
-            double reach = column.half[i];
-            for (unsigned j = 0; j < 3; ++j)
-                reach += std::abs(values.rotation[j][i]) * patch.half[j];
-            if (!(std::abs(distance[i]) <= reach)) // nor do boxes at no number
+            const double reach = column.half[i] + std::abs(patchAxes[0][i]) * patch.half[0] +
+                                 std::abs(patchAxes[1][i]) * patch.half[1] +
+                                 std::abs(patchAxes[2][i]) * patch.half[2];
+            if (std::abs(along[i]) > reach)
                 return false;
         }
         return true;
     }
 
     void addLeaves(const Node& a, const Node& b) {
-        for (std::uint32_t j = b.begin; j < b.begin + b.count; ++j) {
+        for (std::uint32_t j = b.begin; j < b.end; ++j) {
             const std::array<Vec3, 3> triangle = placed(values, patches.faces[j]);
-            for (std::uint32_t i = a.begin; i < a.begin + a.count; ++i)
+            for (std::uint32_t i = a.begin; i < a.end; ++i)
                 if (mayMeet(columns.faces[i], triangle) && patchWithin(columns.faces[i], triangle).count > 0)
                     add(columns.faces[i], patches.faces[j]);
         }

@@ -80,26 +80,42 @@ Vec3 endOfEdge(const Face& face, unsigned corner) {
     return face.corners[corner] - line * (face.depth / dot(line, face.normal));
 }
 
-/// Grows around points.
+/// Grows around points, along given axes.
 struct Bounds {
-    Vec3 low, high;
+    Mat3 axes;
+    Vec3 low, high; // along the axes
 
-    Bounds() {
+    explicit Bounds(const Mat3& alongAxes) : axes(alongAxes) {
         low.fill(std::numeric_limits<double>::max());
         high.fill(std::numeric_limits<double>::lowest());
     }
     void add(const Vec3& x) {
+        const Vec3 place = transposedTimes(axes, x);
         for (unsigned i = 0; i < 3; ++i) {
-            low[i] = std::min(low[i], x[i]);
-            high[i] = std::max(high[i], x[i]);
+            low[i] = std::min(low[i], place[i]);
+            high[i] = std::max(high[i], place[i]);
         }
     }
-    Box box() const { return {(low + high) * 0.5, (high - low) * 0.5}; }
+    Box box() const { return {axes, axes * ((low + high) * 0.5), (high - low) * 0.5}; }
     unsigned longestAxis() const {
         const Vec3 size = high - low;
         return static_cast<unsigned>(std::max_element(size.begin(), size.end()) - size.begin());
     }
 };
+
+constexpr Mat3 bodyAxes{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+
+/// The mean normal and two tangents; the body's axes where normals look in all directions.
+Mat3 axesOf(const std::vector<Face>& faces, std::uint32_t begin, std::uint32_t end) {
+    Vec3 sum{};
+    for (std::uint32_t i = begin; i < end; ++i)
+        sum += faces[i].normal;
+    if (norm(sum) < 0.1 * (end - begin))
+        return bodyAxes;
+    const Vec3 normal = unit(sum);
+    const Vec3 tangent = unit(cross(normal, bodyAxes[std::abs(normal[0]) < 0.6 ? 0 : 1]));
+    return {tangent, cross(normal, tangent), normal};
+}
 
 /// Splits the faces at the middle one along the longest axis of their centres, down to the leaves.
 class TreeBuilder {
@@ -113,25 +129,31 @@ class TreeBuilder {
 
     void build(std::uint32_t begin, std::uint32_t end) {
         const std::size_t node = surface.nodes.size();
-        Bounds patches, centers;
-        for (std::uint32_t i = begin; i < end; ++i) {
+        surface.nodes.push_back({{}, {}, begin, end, 0});
+        if (end - begin > facesPerLeaf) {
+            const std::uint32_t middle = split(begin, end);
+            build(begin, middle);
+            surface.nodes[node].secondChild = static_cast<std::uint32_t>(surface.nodes.size());
+            build(middle, end);
+        }
+        Bounds patches(axesOf(surface.faces, begin, end));
+        for (std::uint32_t i = begin; i < end; ++i)
             for (const Vec3& corner : surface.faces[i].corners)
                 patches.add(corner);
+        surface.nodes[node].patches = patches.box();
+    }
+
+    std::uint32_t split(std::uint32_t begin, std::uint32_t end) {
+        Bounds centers(bodyAxes);
+        for (std::uint32_t i = begin; i < end; ++i)
             centers.add(centerOf(surface.faces[i]));
-        }
-        surface.nodes.push_back({patches.box(), {}, begin, end - begin, 0});
-        if (end - begin <= facesPerLeaf)
-            return;
         const std::uint32_t middle = begin + (end - begin) / 2;
         const unsigned axis = centers.longestAxis();
         const auto first = surface.faces.begin();
         std::nth_element(first + begin, first + middle, first + end, [axis](const Face& a, const Face& b) {
             return centerOf(a)[axis] < centerOf(b)[axis];
         });
-        surface.nodes[node].count = 0;
-        build(begin, middle);
-        surface.nodes[node].secondChild = static_cast<std::uint32_t>(surface.nodes.size());
-        build(middle, end);
+        return middle;
     }
 };
 
@@ -189,24 +211,26 @@ class InscribedBall {
 
     void visit(std::uint32_t index) {
         const Node& node = surface.nodes[index];
+        const Vec3 place = transposedTimes(node.patches.axes, center - node.patches.center);
         double outside = 0;
         for (unsigned i = 0; i < 3; ++i) {
-            const double gap = std::abs(center[i] - node.patches.center[i]) - node.patches.half[i];
+            const double gap = std::abs(place[i]) - node.patches.half[i];
             outside += gap > 0 ? gap * gap : 0;
         }
         if (outside >= bestDistance * bestDistance)
             return;
-        for (std::uint32_t i = node.begin; i < node.begin + node.count; ++i) {
+        if (!node.isLeaf()) {
+            visit(index + 1);
+            visit(node.secondChild);
+            return;
+        }
+        for (std::uint32_t i = node.begin; i < node.end; ++i) {
             const Vec3 x = nearestPoint(surface.faces[i], center);
             if (norm(x - center) < bestDistance) {
                 bestDistance = norm(x - center);
                 best = x;
                 found = true;
             }
-        }
-        if (node.count == 0) {
-            visit(index + 1);
-            visit(node.secondChild);
         }
     }
 };
@@ -232,20 +256,13 @@ void limitDepths(Surface& surface, double maxDepth) {
     }
 }
 
-/// Children stand after their parents, so that the way back finds them done.
 void boundColumns(Surface& surface) {
-    for (std::size_t n = surface.nodes.size(); n-- > 0;) {
-        Node& node = surface.nodes[n];
-        Bounds bounds;
-        for (std::uint32_t i = node.begin; i < node.begin + node.count; ++i)
+    for (Node& node : surface.nodes) {
+        Bounds bounds(node.patches.axes);
+        for (std::uint32_t i = node.begin; i < node.end; ++i)
             for (unsigned corner = 0; corner < 3; ++corner) {
                 bounds.add(surface.faces[i].corners[corner]);
                 bounds.add(endOfEdge(surface.faces[i], corner));
-            }
-        if (node.count == 0)
-            for (const Node* child : {&surface.nodes[n + 1], &surface.nodes[node.secondChild]}) {
-                bounds.add(child->columns.center - child->columns.half);
-                bounds.add(child->columns.center + child->columns.half);
             }
         node.columns = bounds.box();
     }

@@ -21,16 +21,19 @@ struct Face {
     Vec3 endPoint;  ///< on the end plane
 };
 
-/// Box along the axes of the body.
+/// Box along axes of its own, in the frame of the body.
 struct Box {
+    Mat3 axes; ///< columns, unit
     Vec3 center, half;
 };
 
 /// A node of the tree of boxes around runs of faces. The first child of an inner node is the next node.
 struct Node {
-    Box patches, columns;       ///< around the triangles; around their columns
-    std::uint32_t begin, count; ///< faces of a leaf; count is 0 for an inner node
-    std::uint32_t secondChild;  ///< of an inner node
+    Box patches, columns;      ///< around the triangles; around their columns
+    std::uint32_t begin, end;  ///< the faces within
+    std::uint32_t secondChild; ///< 0 for a leaf
+
+    bool isLeaf() const { return secondChild == 0; }
 };
 
 /// Faces in the order of the leaves, with the tree over them. Depth of the tree: at most 1 + log2(faces).
