@@ -4,6 +4,7 @@
 #include "contact/Surface.h"
 
 #include <algorithm>
+#include <type_traits>
 
 /// \file
 /// Forces of the columns of one surface on the patches of the other, in the frame of the columns' body.
@@ -172,9 +173,20 @@ class ColumnIntegral {
         for (std::uint32_t j = b.begin; j < b.end; ++j) {
             const std::array<Vec3, 3> triangle = placed(values, patches.faces[j]);
             for (std::uint32_t i = a.begin; i < a.end; ++i)
-                if (mayMeet(columns.faces[i], triangle) && patchWithin(columns.faces[i], triangle).count > 0)
-                    add(columns.faces[i], patches.faces[j]);
+                if (mayMeet(columns.faces[i], triangle))
+                    addPair(columns.faces[i], patches.faces[j], triangle);
         }
+    }
+
+    /// Dual numbers come in only where the polygon of values isn't empty.
+    void addPair(const Face& column, const Face& patch, const std::array<Vec3, 3>& triangle) {
+        const Polygon<double> polygon = patchWithin(column, triangle);
+        if (polygon.count == 0)
+            return;
+        if constexpr (std::is_same_v<T, double>)
+            add(column, patch, polygon);
+        else
+            add(column, patch, patchWithin(column, placed(motion, patch)));
     }
 
     template <class S>
@@ -195,8 +207,7 @@ class ColumnIntegral {
                least(column.sides[1], column.corners[1]) < 0 && least(column.sides[2], column.corners[2]) < 0;
     }
 
-    void add(const Face& column, const Face& patch) {
-        const Polygon<T> polygon = patchWithin(column, placed(motion, patch));
+    void add(const Face& column, const Face& patch, const Polygon<T>& polygon) {
         const Vector3<T> normal = motion.rotation * patch.normal;
         for (unsigned i = 2; i < polygon.count; ++i)
             addTriangle(column, normal, {polygon.corners[0], polygon.corners[i - 1], polygon.corners[i]});

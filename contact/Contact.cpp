@@ -65,9 +65,9 @@ ColumnForces<Coordinate> integrate(const ContactLaw& law, const SurfaceView& col
                                    const SurfaceView& patches, const RelativeMotion<Coordinate>& motion) {
     RelativeMotion<Relative> variables;
     std::array<const Coordinate*, numRelative> origins{};
-    int number = 0;
+    unsigned number = 0;
     forEachPair(motion, variables, [&](const Coordinate& origin, Relative& variable) {
-        origins[static_cast<unsigned>(number)] = &origin;
+        origins[number] = &origin;
         variable = Relative::variable(origin.value, number++);
     });
     const ColumnForces<Relative> sum = ColumnIntegral<Relative>(law, columns, patches, variables).compute();
@@ -204,7 +204,7 @@ void Contact::updateJacobian(const double* q1, const double* q2, const double* q
     std::array<Coordinate, numCoordinates> x;
     const std::array<const double*, 4> sources{q1, q2, qd1, qd2};
     for (unsigned n = 0; n < numCoordinates; ++n)
-        x[n] = Coordinate::variable(sources[n / 7][n % 7], static_cast<int>(n));
+        x[n] = Coordinate::variable(sources[n / 7][n % 7], n);
     Resultant<Coordinate> result;
     compute<Coordinate>({makeState(&x[0], &x[14]), makeState(&x[7], &x[21])}, result);
     store(result);

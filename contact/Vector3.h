@@ -43,11 +43,12 @@ Vector3<T>& operator+=(Vector3<T>& a, const Vector3<T>& b) {
 }
 template <class S, class T>
 Product<S, T> dot(const Vector3<S>& a, const Vector3<T>& b) {
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+    return sumOfProducts(a[0], b[0], a[1], b[1], a[2], b[2]);
 }
 template <class S, class T>
 Vector3<Product<S, T>> cross(const Vector3<S>& a, const Vector3<T>& b) {
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+    return {differenceOfProducts(a[1], b[2], a[2], b[1]), differenceOfProducts(a[2], b[0], a[0], b[2]),
+            differenceOfProducts(a[0], b[1], a[1], b[0])};
 }
 inline double norm(const Vec3& a) {
     return std::sqrt(dot(a, a));
@@ -55,9 +56,8 @@ inline double norm(const Vec3& a) {
 
 template <class S, class T>
 Vector3<Product<S, T>> operator*(const Matrix3<S>& m, const Vector3<T>& u) {
-    return {m[0][0] * u[0] + m[1][0] * u[1] + m[2][0] * u[2],
-            m[0][1] * u[0] + m[1][1] * u[1] + m[2][1] * u[2],
-            m[0][2] * u[0] + m[1][2] * u[1] + m[2][2] * u[2]};
+    const auto row = [&](unsigned i) { return sumOfProducts(m[0][i], u[0], m[1][i], u[1], m[2][i], u[2]); };
+    return {row(0), row(1), row(2)};
 }
 /// m' u
 template <class S, class T>
