@@ -53,13 +53,13 @@ struct Polygon {
     }
 };
 
-/// Keeps what lies where normal . (x - origin) <= limit.
+/// Keeps what lies within the plane.
 template <class T>
-void clip(Polygon<T>& polygon, const Vec3& normal, const Vec3& origin, double limit) {
+void clip(Polygon<T>& polygon, const Face::Plane& plane) {
     std::array<T, 9> excess;
     bool isCut = false;
     for (unsigned i = 0; i < polygon.count; ++i) {
-        excess[i] = dot(polygon.corners[i] - origin, normal) - limit;
+        excess[i] = dot(polygon.corners[i], plane.normal) - plane.offset;
         isCut = isCut || valueOf(excess[i]) > 0;
     }
     if (!isCut)
@@ -77,20 +77,32 @@ void clip(Polygon<T>& polygon, const Vec3& normal, const Vec3& origin, double li
     polygon = kept;
 }
 
+/// Which planes of a column cut a triangle, as bits by their numbers; isApart if one has the whole outside.
+struct Cuts {
+    unsigned planes = 0;
+    bool isApart = false;
+
+    Cuts(const Face& column, const std::array<Vec3, 3>& triangle) {
+        for (unsigned i = 0; i < Face::NumPlanes && !isApart; ++i) {
+            const Face::Plane& plane = column.planes[i];
+            const double a = dot(triangle[0], plane.normal), b = dot(triangle[1], plane.normal),
+                         c = dot(triangle[2], plane.normal);
+            isApart = std::min(a, std::min(b, c)) >= plane.offset;
+            planes |= std::max(a, std::max(b, c)) > plane.offset ? 1U << i : 0U;
+        }
+    }
+};
+
 /// The part of the triangle within the column.
 template <class T>
-Polygon<T> patchWithin(const Face& column, const std::array<Vector3<T>, 3>& triangle) {
+Polygon<T> patchWithin(const Face& column, const Cuts& cuts, const std::array<Vector3<T>, 3>& triangle) {
     Polygon<T> polygon;
     polygon.count = 3;
     for (unsigned i = 0; i < 3; ++i)
         polygon.corners[i] = triangle[i];
-    clip(polygon, column.normal, column.corners[0], 0);
-    for (unsigned i = 0; i < 3 && polygon.count > 0; ++i)
-        clip(polygon, column.sides[i], column.corners[i], 0);
-    if (polygon.count > 0)
-        clip(polygon, column.normal * -1.0, column.corners[0], column.depth);
-    if (polygon.count > 0)
-        clip(polygon, column.endNormal, column.endPoint, 0);
+    for (unsigned i = 0; i < Face::NumPlanes && polygon.count > 0; ++i)
+        if ((cuts.planes >> i & 1U) != 0)
+            clip(polygon, column.planes[i]);
     return polygon;
 }
 
@@ -125,8 +137,8 @@ class ColumnIntegral {
     const SurfaceView& patches;
     const RelativeMotion<T>& motion;
     RelativeMotion<double> values{};
-    double skewness =
-        0; ///< bound of how far the rotation is from a true one, with Euler parameters off norm 1
+    /// Bound of how far the rotation is from a true one, with Euler parameters off norm 1.
+    double skewness = 0;
     ColumnForces<T> sum{};
 
     void visit(std::uint32_t columnNode, std::uint32_t patchNode) {
@@ -172,21 +184,24 @@ class ColumnIntegral {
     void addLeaves(const Node& a, const Node& b) {
         for (std::uint32_t j = b.begin; j < b.end; ++j) {
             const std::array<Vec3, 3> triangle = placed(values, patches.faces[j]);
-            for (std::uint32_t i = a.begin; i < a.end; ++i)
-                if (mayMeet(columns.faces[i], triangle))
-                    addPair(columns.faces[i], patches.faces[j], triangle);
+            for (std::uint32_t i = a.begin; i < a.end; ++i) {
+                const Cuts cuts(columns.faces[i], triangle);
+                if (!cuts.isApart)
+                    addPair(columns.faces[i], patches.faces[j], cuts, triangle);
+            }
         }
     }
 
     /// Dual numbers come in only where the polygon of values isn't empty.
-    void addPair(const Face& column, const Face& patch, const std::array<Vec3, 3>& triangle) {
-        const Polygon<double> polygon = patchWithin(column, triangle);
+    void addPair(const Face& column, const Face& patch, const Cuts& cuts,
+                 const std::array<Vec3, 3>& triangle) {
+        const Polygon<double> polygon = patchWithin(column, cuts, triangle);
         if (polygon.count == 0)
             return;
         if constexpr (std::is_same_v<T, double>)
             add(column, patch, polygon);
         else
-            add(column, patch, patchWithin(column, placed(motion, patch)));
+            add(column, patch, patchWithin(column, cuts, placed(motion, patch)));
     }
 
     template <class S>
@@ -195,20 +210,8 @@ class ColumnIntegral {
                 m.position + m.rotation * patch.corners[2]};
     }
 
-    /// False if a plane of the column has the whole triangle outside.
-    static bool mayMeet(const Face& column, const std::array<Vec3, 3>& triangle) {
-        const auto least = [&](const Vec3& normal, const Vec3& origin) {
-            const double a = dot(triangle[0] - origin, normal), b = dot(triangle[1] - origin, normal);
-            return std::min({a, b, dot(triangle[2] - origin, normal)});
-        };
-        return least(column.normal, column.corners[0]) < 0 &&
-               least(column.normal * -1.0, column.corners[0]) < column.depth &&
-               least(column.sides[0], column.corners[0]) < 0 &&
-               least(column.sides[1], column.corners[1]) < 0 && least(column.sides[2], column.corners[2]) < 0;
-    }
-
     void add(const Face& column, const Face& patch, const Polygon<T>& polygon) {
-        const Vector3<T> normal = motion.rotation * patch.normal;
+        const Vector3<T> normal = motion.rotation * patch.normal();
         for (unsigned i = 2; i < polygon.count; ++i)
             addTriangle(column, normal, {polygon.corners[0], polygon.corners[i - 1], polygon.corners[i]});
     }
@@ -223,8 +226,8 @@ class ColumnIntegral {
     }
 
     void addPoint(const Face& column, const Vector3<T>& normal, const Vector3<T>& y, const T& area) {
-        const T depth = dot(column.corners[0] - y, column.normal);
-        const T cosine = -dot(normal, column.normal);
+        const T depth = column.planes[Face::Foot].offset - dot(y, column.normal());
+        const T cosine = -dot(normal, column.normal());
         const T facing = valueOf(cosine) > 0 ? cosine : T(0.0);
         const Vector3<T> velocity = motion.velocity + cross(motion.angular, y);
         const Vector3<T> force = law.traction(depth, normal, facing, velocity) * area;

@@ -13,6 +13,11 @@ Vec3 unit(const Vec3& a) {
     return a * (1 / norm(a));
 }
 
+/// The plane through a point.
+Face::Plane planeThrough(const Vec3& point, const Vec3& normal) {
+    return {normal, dot(point, normal)};
+}
+
 Vec3 centerOf(const Face& face) {
     return (face.corners[0] + face.corners[1] + face.corners[2]) * (1.0 / 3);
 }
@@ -48,7 +53,7 @@ class EdgeTable {
     }
 };
 
-/// Faces without sides.
+/// Faces with nothing but their feet.
 std::vector<Face> placeFaces(const SurfaceMesh& mesh, const Vec3& position, const Mat3& orientation) {
     std::vector<Face> faces;
     faces.reserve(mesh.triangles.size());
@@ -56,7 +61,9 @@ std::vector<Face> placeFaces(const SurfaceMesh& mesh, const Vec3& position, cons
         Face face{};
         for (unsigned i = 0; i < 3; ++i)
             face.corners[i] = position + orientation * mesh.vertices[triangle[i]];
-        face.normal = unit(cross(face.corners[1] - face.corners[0], face.corners[2] - face.corners[0]));
+        face.planes[Face::Foot] =
+            planeThrough(face.corners[0],
+                         unit(cross(face.corners[1] - face.corners[0], face.corners[2] - face.corners[0])));
         faces.push_back(face);
     }
     return faces;
@@ -68,16 +75,19 @@ void setSides(std::vector<Face>& faces, const SurfaceMesh& mesh) {
         for (unsigned i = 0; i < 3; ++i) {
             const unsigned next = (i + 1) % 3;
             const std::uint32_t other = edges.triangleAt(mesh.triangles[t][next], mesh.triangles[t][i]);
-            faces[t].sides[i] =
-                sideOf(faces[t].corners[next] - faces[t].corners[i], faces[t].normal, faces[other].normal);
+            const Vec3 edge = faces[t].corners[next] - faces[t].corners[i];
+            faces[t].planes[Face::Side + i] =
+                planeThrough(faces[t].corners[i], sideOf(edge, faces[t].normal(), faces[other].normal()));
         }
 }
 
 /// Where the column's edge from a corner, the line common to two of its sides, reaches the depth. A column
 /// that narrows to a point before lies within the box around its corners and these points, too.
 Vec3 endOfEdge(const Face& face, unsigned corner) {
-    const Vec3 line = cross(face.sides[(corner + 2) % 3], face.sides[corner]);
-    return face.corners[corner] - line * (face.depth / dot(line, face.normal));
+    const Vec3 line =
+        cross(face.planes[Face::Side + (corner + 2) % 3].normal, face.planes[Face::Side + corner].normal);
+    const double depth = face.planes[Face::Depth].offset + face.planes[Face::Foot].offset;
+    return face.corners[corner] - line * (depth / dot(line, face.normal()));
 }
 
 /// Grows around points, along given axes.
@@ -109,7 +119,7 @@ constexpr Mat3 bodyAxes{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
 Mat3 axesOf(const std::vector<Face>& faces, std::uint32_t begin, std::uint32_t end) {
     Vec3 sum{};
     for (std::uint32_t i = begin; i < end; ++i)
-        sum += faces[i].normal;
+        sum += faces[i].normal();
     if (norm(sum) < 0.1 * (end - begin))
         return bodyAxes;
     const Vec3 normal = unit(sum);
@@ -242,17 +252,17 @@ void limitDepths(Surface& surface, double maxDepth) {
     for (Face& face : surface.faces) {
         Vec3 radii{};
         for (unsigned i = 0; i < 3; ++i)
-            radii[i] = ball.radiusAt((centerOf(face) + face.corners[i]) * 0.5, face.normal, maxDepth);
+            radii[i] = ball.radiusAt((centerOf(face) + face.corners[i]) * 0.5, face.normal(), maxDepth);
         const double mean = (radii[0] + radii[1] + radii[2]) / 3;
         std::array<Vec3, 3> ends{};
-        face.depth = 0;
+        double deepest = 0;
         for (unsigned i = 0; i < 3; ++i) {
             const double depth = std::clamp(2 * radii[i] - mean, 0.0, maxDepth);
-            ends[i] = face.corners[i] - face.normal * depth;
-            face.depth = std::max(face.depth, depth);
+            ends[i] = face.corners[i] - face.normal() * depth;
+            deepest = std::max(deepest, depth);
         }
-        face.endNormal = unit(cross(ends[2] - ends[0], ends[1] - ends[0]));
-        face.endPoint = ends[0];
+        face.planes[Face::Depth] = {face.normal() * -1.0, deepest - face.planes[Face::Foot].offset};
+        face.planes[Face::End] = planeThrough(ends[0], unit(cross(ends[2] - ends[0], ends[1] - ends[0])));
     }
 }
 

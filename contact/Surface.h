@@ -13,12 +13,19 @@ namespace velmora::contact {
 /// before that at a plane near the middle of the body, where columns from other sides begin. As a patch the
 /// triangle presses into the columns of the other body.
 struct Face {
+    /// What lies within has normal . x <= offset.
+    struct Plane {
+        Vec3 normal;
+        double offset;
+    };
+    /// Numbers of the planes around the column; Side + i runs through the edge from corner i.
+    enum PlaneNumber : unsigned { Foot, Side, Depth = 4, End, NumPlanes };
+
     std::array<Vec3, 3> corners; ///< counter-clockwise seen from outside
-    Vec3 normal;                 ///< outwards, unit
-    std::array<Vec3, 3> sides;   ///< normals of the planes through the edges from corner i, outwards, unit
-    double depth;
-    Vec3 endNormal; ///< of the end plane, into the body, unit
-    Vec3 endPoint;  ///< on the end plane
+    std::array<Plane, NumPlanes> planes;
+
+    /// Outwards, unit.
+    const Vec3& normal() const { return planes[Foot].normal; }
 };
 
 /// Box along axes of its own, in the frame of the body.
