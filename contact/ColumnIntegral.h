@@ -127,7 +127,7 @@ class ColumnIntegral {
     }
 
     const ColumnForces<T>& compute() {
-        visit(0, 0);
+        visit(0, 0, place(patches.nodes[0].patches));
         return sum;
     }
 
@@ -141,44 +141,50 @@ class ColumnIntegral {
     double skewness = 0;
     ColumnForces<T> sum{};
 
-    void visit(std::uint32_t columnNode, std::uint32_t patchNode) {
+    /// A box around patches, in the columns' frame.
+    struct PlacedBox {
+        Mat3 axes;
+        Vec3 center, half;
+    };
+
+    PlacedBox place(const Box& box) const {
+        const Vec3 center = values.position + values.rotation * box.center;
+        return {{values.rotation * box.axes[0], values.rotation * box.axes[1], values.rotation * box.axes[2]},
+                center,
+                box.half + Vec3{1, 1, 1} * (skewness * (box.half[0] + box.half[1] + box.half[2]))};
+    }
+
+    void visit(std::uint32_t columnNode, std::uint32_t patchNode, const PlacedBox& patchBox) {
         const Node& a = columns.nodes[columnNode];
         const Node& b = patches.nodes[patchNode];
-        if (!overlap(a.columns, b.patches))
+        if (!overlap(a.columns, patchBox))
             return;
         if (a.isLeaf() && b.isLeaf())
             return addLeaves(a, b);
-        const bool splitsPatches = a.isLeaf() || (!b.isLeaf() && sizeOf(b.patches) > sizeOf(a.columns));
-        visit(splitsPatches ? columnNode : columnNode + 1, splitsPatches ? patchNode + 1 : patchNode);
-        visit(splitsPatches ? columnNode : a.secondChild, splitsPatches ? b.secondChild : patchNode);
+        if (a.isLeaf() || (!b.isLeaf() && sizeOf(b.patches) > sizeOf(a.columns))) {
+            visit(columnNode, patchNode + 1, place(patches.nodes[patchNode + 1].patches));
+            visit(columnNode, b.secondChild, place(patches.nodes[b.secondChild].patches));
+        } else {
+            visit(columnNode + 1, patchNode, patchBox);
+            visit(a.secondChild, patchNode, patchBox);
+        }
     }
 
     static double sizeOf(const Box& box) { return dot(box.half, box.half); }
 
-    /// False if a plane along the sides of either box parts them.
-    bool overlap(const Box& column, const Box& patch) const {
-        const Vec3 distance = values.position + values.rotation * patch.center - column.center;
-        Mat3 patchAxes; // in the columns' frame, then along the column box's axes
+    /// False if a plane along the sides of either box parts them, or if a coordinate is no number.
+    static bool overlap(const Box& column, const PlacedBox& patch) {
+        const Vec3 distance = patch.center - column.center, along = transposedTimes(column.axes, distance);
+        Vec3 reaches = column.half;
         for (unsigned j = 0; j < 3; ++j) {
-            patchAxes[j] = values.rotation * patch.axes[j];
-            const Vec3 cosines = transposedTimes(column.axes, patchAxes[j]);
-            const double reach = patch.half[j] + skewness * (patch.half[0] + patch.half[1] + patch.half[2]) +
-                                 std::abs(cosines[0]) * column.half[0] +
-                                 std::abs(cosines[1]) * column.half[1] +
-                                 std::abs(cosines[2]) * column.half[2];
-            if (!(std::abs(dot(patchAxes[j], distance)) <= reach)) // nor do boxes at no number
+            const Vec3 cosines = transposedTimes(column.axes, patch.axes[j]);
+            const Vec3 sizes{std::abs(cosines[0]), std::abs(cosines[1]), std::abs(cosines[2])};
+            if (!(std::abs(dot(patch.axes[j], distance)) <= patch.half[j] + dot(sizes, column.half)))
                 return false;
-            patchAxes[j] = cosines;
+            reaches += sizes * patch.half[j];
         }
-        const Vec3 along = transposedTimes(column.axes, distance);
-        for (unsigned i = 0; i < 3; ++i) {
-            const double reach = column.half[i] + std::abs(patchAxes[0][i]) * patch.half[0] +
-                                 std::abs(patchAxes[1][i]) * patch.half[1] +
-                                 std::abs(patchAxes[2][i]) * patch.half[2];
-            if (std::abs(along[i]) > reach)
-                return false;
-        }
-        return true;
+        return std::abs(along[0]) <= reaches[0] && std::abs(along[1]) <= reaches[1] &&
+               std::abs(along[2]) <= reaches[2];
     }
 
     void addLeaves(const Node& a, const Node& b) {

@@ -7,7 +7,7 @@
 namespace velmora::contact {
 namespace {
 
-constexpr std::uint32_t facesPerLeaf = 4;
+constexpr std::uint32_t facesPerLeaf = 6;
 
 Vec3 unit(const Vec3& a) {
     return a * (1 / norm(a));
