@@ -7,7 +7,6 @@
 
 using velmora::contact::BodyInput;
 using velmora::contact::Contact;
-using velmora::contact::ContactInput;
 using velmora::contact::Mat3;
 using velmora::contact::Vec3;
 

@@ -247,7 +247,8 @@ class InscribedBall {
 
 /// The radius is taken half-way between centre and corners, so that it isn't the shape of the triangles'
 /// seams that counts, and continued to the corners.
-void limitDepths(Surface& surface, double maxDepth) {
+void limitDepths(Surface& surface, double maxPenetration) {
+    const double maxDepth = std::min(maxPenetration, norm(surface.nodes[0].patches.half));
     InscribedBall ball(surface);
     for (Face& face : surface.faces) {
         Vec3 radii{};
