@@ -16,8 +16,8 @@ namespace {
 constexpr std::size_t stlHeadBytes = 84, stlTriangleBytes = 50;
 /// Keeps all counts within 32 bits.
 constexpr std::streamoff largestFile = std::streamoff{1} << 32U;
-/// Beyond it squares of lengths leave the range of numbers.
-constexpr double largestCoordinate = 1e100;
+/// Beyond it squares of areas leave the range of numbers.
+constexpr double largestCoordinate = 1e50;
 
 /// The words of a line of text, taken from the left.
 class Words {
