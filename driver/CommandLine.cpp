@@ -1,6 +1,7 @@
 #include "driver/CommandLine.h"
 
 #include "driver/CheckCommand.h"
+#include "driver/ModalFileCommand.h"
 #include "driver/NearName.h"
 #include "driver/Options.h"
 #include "driver/RunCommand.h"
@@ -33,11 +34,11 @@ std::string findErrorInEndTime(const std::string& text) {
 /// `words` are those that are neither options nor commands of the program.
 std::string findErrorInCommand(const std::vector<std::string>& words, bool isCommandGiven) {
     if (words.empty())
-        return isCommandGiven ? "" : "a command is missing: run or check";
+        return isCommandGiven ? "" : "a command is missing: run, check or mtx";
     if (words.front().starts_with('-'))
         return fmt::format("unknown option <{}>", words.front());
     return fmt::format("unknown command <{}>{}", words.front(),
-                       suggestNearName(words.front(), {"run", "check"}));
+                       suggestNearName(words.front(), {"run", "check", "mtx"}));
 }
 
 } // namespace
@@ -59,6 +60,13 @@ int runProgram(int argc, const char* const* argv) {
     CLI::App* check = addCommand(app, options, "check", "Look for errors and show what a model holds");
     check->add_flag("--derivatives", options.checksDerivatives,
                     "Compare all derivatives of the model with differences");
+    std::string modalFile;
+    CLI::App* mtx = app.add_subcommand("mtx", "Look into the modal file of a flexible body");
+    mtx->require_subcommand(1);
+    CLI::App* info = mtx->add_subcommand("info", "Show modes, nodes, mass and invariants");
+    CLI::App* faults = mtx->add_subcommand("check", "Look for what is wrong with it, in form and in physics");
+    for (CLI::App* command : {info, faults})
+        command->add_option("FILE", modalFile, "Modal file")->required();
     app.allow_extras(); // for own messages; commands, which would take this over, were made before
     try {
         app.parse(argc, argv);
@@ -68,6 +76,8 @@ int runProgram(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? Done : WrongUsage;
     }
+    if (mtx->parsed())
+        return info->parsed() ? showModalFile(modalFile) : checkModalFile(modalFile);
     return run->parsed() ? runModel(options) : checkModel(options);
 }
 

@@ -172,14 +172,24 @@ double ConsistentStart::findMovement(const HHTState& state) { // (1)
     }
     system->solve(data(pull), system->constraintResidual.dofVector->data);
     double largest = 0.0;
-    for (const unsigned offset : state.q.bodyOffset) {
-        const double* dq = system->getCorrection().data() + offset;
+    for (unsigned body = 0; body < state.q.bodyOffset.size(); ++body) {
+        const double* dq = system->getCorrection().data() + state.q.bodyOffset[body];
         const double size =
-            std::max(getLength3(dq) / typicalLength, 2.0 * std::hypot(dq[3], getLength3(dq + 4)));
+            std::max(getPointMovement(body, dq) / typicalLength, 2.0 * std::hypot(dq[3], getLength3(dq + 4)));
         if (!(size <= largest))
             largest = size;
     }
     return largest;
+}
+
+/// Root mean square of how far the points of a body move by a change of its place and its modes.
+double ConsistentStart::getPointMovement(unsigned body, const double* change) const {
+    const double mass = system->bodyMasses[body];
+    const double* modalMass = system->modalMasses.data() + q0.bodyOffset[body];
+    double sum = 0.0;
+    for (unsigned i = 0; i < q0.bodyDof[body]->size; ++i)
+        sum += modalMass[i] * change[i] * change[i]; // without modal mass, in places and turns: 0
+    return std::hypot(getLength3(change), mass > 0.0 ? std::sqrt(sum / mass) : 0.0);
 }
 
 StepResult ConsistentStart::refuseContradiction(const char* what, const Redundancy::Violation& violation) {
@@ -227,7 +237,7 @@ double ConsistentStart::getLargestRate(const HHTState& state) const {
     for (unsigned body = 0; body < state.qd.bodyOffset.size(); ++body) {
         const double* v = state.qd.bodyData(body);
         const double gyration = system->bodyGyrations[body];
-        largest = std::max({largest, gyration > 0.0 ? getLength3(v) / gyration : 0.0,
+        largest = std::max({largest, gyration > 0.0 ? getPointMovement(body, v) / gyration : 0.0,
                             2.0 * getVectorPart(state.q.bodyData(body) + 3, v + 3)});
     }
     return largest;
@@ -236,18 +246,20 @@ double ConsistentStart::getLargestRate(const HHTState& state) const {
 void ConsistentStart::reportMovement(const HHTState& state) {
     for (unsigned body = 0; body < state.q.bodyOffset.size(); ++body) {
         const double *from = q0.bodyData(body), *to = state.q.bodyData(body);
-        const double shift[3] = {to[0] - from[0], to[1] - from[1], to[2] - from[2]};
-        takeLarger(report.translation, getLength3(shift), body, *names);
+        double* change = movement.bodyData(body);
+        for (unsigned i = 0; i < q0.bodyDof[body]->size; ++i)
+            change[i] = to[i] - from[i];
+        takeLarger(report.translation, getPointMovement(body, change), body, *names);
         takeLarger(report.rotation, getAngle(from + 3, to + 3), body, *names);
     }
 }
 
 void ConsistentStart::reportVelocities(const HHTState& state) {
     for (unsigned body = 0; body < state.qd.bodyOffset.size(); ++body) {
-        double change[7];
-        for (unsigned i = 0; i < 7; ++i)
+        double* change = movement.bodyData(body);
+        for (unsigned i = 0; i < qd0.bodyDof[body]->size; ++i)
             change[i] = state.qd.bodyData(body)[i] - qd0.bodyData(body)[i];
-        takeLarger(report.velocity, getLength3(change), body, *names);
+        takeLarger(report.velocity, getPointMovement(body, change), body, *names);
         takeLarger(report.angularVelocity, 2.0 * getVectorPart(state.q.bodyData(body) + 3, change + 3), body,
                    *names);
     }

@@ -43,8 +43,7 @@ void EnergyBalance::readGravity(IO_DataModel& dataModel) {
 }
 
 bool EnergyBalance::isFreeOfOutsideForces(IO_DataModel& dataModel) const {
-    const MBS_Model& model = *system->getModel();
-    if (model.getNumOfExternalForces() > 0 || model.getNumOfFlexBodies() > 0)
+    if (system->getModel()->getNumOfExternalForces() > 0)
         return false;
     for (IO_DataModelBlock* block : dataModel.getBlocksOfKind("Constraint")) {
         std::vector<std::string> bodies;

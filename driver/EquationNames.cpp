@@ -17,7 +17,7 @@ constexpr const char* fixFlags[] = {"dxFixed", "axFixed", "dyFixed", "ayFixed", 
 
 std::string getCoordinateName(unsigned index) {
     const auto numOfNames = static_cast<unsigned>(coordinateNames.size());
-    return index < numOfNames ? coordinateNames[index] : fmt::format("mode {}", index - numOfNames + 1);
+    return index < numOfNames ? coordinateNames[index] : fmt::format("eta{}", index - numOfNames + 1);
 }
 
 bool isFlagSet(IO_DataModelBlock& block, const char* flag) {

@@ -126,14 +126,23 @@ void HHTSystem::measureBodies() {
         typicalMass = total / static_cast<double>(numOfMasses);
 }
 
-// Undeformed, a body has no products of inertia between its modes and anything else.
+// Mode by mode, in all bodies at once: modes needn't be orthogonal.
 void HHTSystem::measureModes(HHTState& state) {
-    setZero(state.qdd);
+    modalMasses.assign(numOfPhysicalDof, 0.0);
+    unsigned mostModes = 0;
     for (unsigned body = 0; body < model->getNumOfBodies(); ++body)
-        std::fill_n(state.qdd.bodyData(body) + translationsPerBody + eulerParametersPerBody,
-                    model->getNumOfFlexDofOfBody(body), 1.0);
-    model->getAccInertiaForces(&state.qdd, &velInertiaForces);
-    modalMasses.assign(velInertiaForces.dofVector->data, velInertiaForces.dofVector->data + numOfPhysicalDof);
+        mostModes = std::max(mostModes, model->getNumOfFlexDofOfBody(body));
+    for (unsigned mode = 0; mode < mostModes; ++mode) {
+        const unsigned i = translationsPerBody + eulerParametersPerBody + mode;
+        setZero(state.qdd);
+        for (unsigned body = 0; body < model->getNumOfBodies(); ++body)
+            if (mode < model->getNumOfFlexDofOfBody(body))
+                state.qdd.bodyData(body)[i] = 1.0;
+        model->getAccInertiaForces(&state.qdd, &velInertiaForces);
+        for (unsigned body = 0; body < model->getNumOfBodies(); ++body)
+            if (mode < model->getNumOfFlexDofOfBody(body))
+                modalMasses[state.qdd.bodyOffset[body] + i] = velInertiaForces.bodyData(body)[i];
+    }
 }
 
 void HHTSystem::makeMatrix() {

@@ -125,6 +125,8 @@ std::string KnownDeviations::findReasonInJoints(unsigned code, const Place& row,
 std::string KnownDeviations::findReasonInJoint(unsigned code, const IO_DataModelBlock& joint) const {
     if (joint.type == "Gear" && code == ExternalConstraintForce_q)
         return "a gear that starts turned has no second derivatives";
+    if (joint.type == "FixRiBoFleBo" && code == ExternalConstraintForce_q)
+        return "a weld to a flexible body has no second derivatives";
     if (joint.type != "TimeMotion")
         return {};
     const auto found = measures.find(toLower(textOf(joint, "Measure")));

@@ -25,6 +25,24 @@ void checkForRun(const Options& options, ModelFile& file) {
         report("the model has no body: there is nothing to simulate");
 }
 
+/// Names of files that are relative are so to the folder of the model file, whatever the working directory
+/// is.
+void resolveFileNames(ModelFile& file) {
+    const std::vector<MBS_BlockTypeInfo> vocabulary = MBS_getBlockVocabulary();
+    for (const auto& block : file.dataModel->blocks)
+        for (const MBS_BlockTypeInfo& type : vocabulary)
+            for (const MBS_KeyInfo& key : type.keys) {
+                const bool isName = key.role == MBS_KeyRole::File && type.kind == block->kind &&
+                                    type.type == block->type && block->isKeyInBlock(key.name);
+                std::string name;
+                if (isName)
+                    block->getValue(key.name, &name, IO_ValueCode::String);
+                if (!name.empty())
+                    block->replaceValue(key.name,
+                                        (std::filesystem::path(block->baseDirectory) / name).string());
+            }
+}
+
 void collectFindings(const Options& options, bool isForRun, ModelFile& file) {
     // A file that isn't TOML has no blocks to check, and lacks nothing else that is worth a message.
     if (file.dataModel->blocks.empty() && std::ranges::any_of(file.findings, isError))
@@ -96,6 +114,7 @@ LoadedModel loadModel(const Options& options, bool isForRun) {
         loaded.exitCode = WrongUsage;
         return loaded;
     }
+    resolveFileNames(*loaded.file);
     collectFindings(options, isForRun, *loaded.file);
     printFindings(*loaded.file, options.modelFile);
     loaded.output =

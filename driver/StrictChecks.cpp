@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <filesystem>
 #include <map>
 #include <set>
 
@@ -114,6 +115,7 @@ class Checker {
     void checkKeys(const MBS_BlockTypeInfo& type);
     void checkThatItMakesSomething(const MBS_BlockTypeInfo& type);
     void checkRole(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key);
+    void checkFile(const MBS_KeyInfo& key);
     void checkInertiaOf(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key);
     void checkBodyIDs(const MBS_KeyInfo& key);
     void checkLabel(const MBS_KeyInfo& key, const char* kind, const char* name);
@@ -260,12 +262,23 @@ void Checker::checkRole(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key) {
         return checkLabel(key, "DataObject", "data object");
     case MBS_KeyRole::Expression:
         return checkExpression(key);
-    case MBS_KeyRole::Plain:
     case MBS_KeyRole::File:
+        return checkFile(key);
+    case MBS_KeyRole::Plain:
         break;
     }
     if (!problem.empty())
         report(key.name, problem);
+}
+
+void Checker::checkFile(const MBS_KeyInfo& key) {
+    IO_DataModelBlock probe = *block;
+    std::string name;
+    if (!probe.isKeyInBlock(key.name))
+        return;
+    probe.getValue(key.name, &name, IO_ValueCode::String);
+    if (std::error_code problem; !std::filesystem::is_regular_file(name, problem))
+        report(key.name, fmt::format("there is no file <{}>", name));
 }
 
 void Checker::checkInertiaOf(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key) {

@@ -5,7 +5,7 @@
 set -euo pipefail
 
 packages=(build-essential cmake ninja-build git libopenblas-dev libsuitesparse-dev libtomlplusplus-dev
-          libcli11-dev libfmt-dev libmrpt-expr-dev)
+          libcli11-dev libfmt-dev libmrpt-expr-dev libeigen3-dev)
 for_tests=(python3 libgtest-dev libgmock-dev libbenchmark-dev)
 for_ci=(clang clang-format clang-tidy libclang-rt-14-dev)
 

@@ -2,9 +2,15 @@
 
 // Everything that a solver needs to drive the kernel.
 #include "velmora/expressions/MBS_ExpressionCheck.h"
+#include "velmora/fe_import/FeLib_AdamsMtxFileReader.h"
+#include "velmora/fe_import/FeLib_FeModes.h"
+#include "velmora/fe_import/FeLib_FeNodeList.h"
+#include "velmora/fe_import/FeLib_MtxContent.h"
+#include "velmora/fe_import/FeLib_MtxConverter.h"
 #include "velmora/global_matrix/MBS_GlobalModelMatrix.h"
 #include "velmora/io/IO_DataModel.h"
 #include "velmora/io/IO_OutputManager.h"
+#include "velmora/matrix/MBM_DenseMatrix.h"
 #include "velmora/matrix/MBM_SparseMat_CSR3.h"
 #include "velmora/matrix/MBM_Vector.h"
 #include "velmora/model/MBS_BlockVocabulary.h"

@@ -108,6 +108,59 @@ TEST(ConsistentStart, NamesWhatContradictsTheOtherEquations) {
                 HasSubstr("Farthest off at the start is axFixed of hinge-a (arm, ground)"));
 }
 
+/// Adds a beam along x between two held bodies.
+void addHeldBeam(Input& input) {
+    for (const bool isLeft : {true, false}) {
+        const std::string name = isLeft ? "left" : "right", place = isLeft ? "-1, 0, 0" : "1, 0, 0";
+        input.addBody(name, 1.0, "1, 1, 1", "0, 0, 0", "0, 0, 0")->values[2] = place;
+        input.addJoint("hold " + name, name + ", 0", place, "dx dy dz ax ay az");
+        IO_DataModelBlock* weld = input.data.addBlock("Constraint", "FixRiBoFleBo", name, name, ".");
+        weld->addKeyValue("BodyIDs", name + ", beam");
+        weld->addKeyValue("Location", place);
+        weld->addKeyValue("InterfaceNode", isLeft ? "1" : "9");
+    }
+    IO_DataModelBlock* beam = input.data.addBlock("Body", "MBS_FlexBody_Full", "beam", "beam", ".");
+    for (const auto& [key, value] : {std::pair("Path2MtxFile", VELMORA_EXAMPLES "/rotating_beam.mtx"),
+                                     {"Is_Itf_active", "yes"},
+                                     {"Is_QuadraticTermOF_Itt_active", "yes"},
+                                     {"GlobalDampingFactor", "0.01"},
+                                     {"LocationCenterMass", "0, 0, 0"},
+                                     {"OrientationPAI", "1,0,0, 0,1,0, 0,0,1"},
+                                     {"InitialVelocityVector", "0, 0, 0"},
+                                     {"InitialOmegaVector", "0, 0, 0"},
+                                     {"BodyName", "beam"},
+                                     {"RegardVelocityInertiaForcesInsideJacobian", "yes"}})
+        beam->addKeyValue(key, value);
+}
+
+TEST(ConsistentStart, CountsHowFarModesMoveABody) {
+    Input input;
+    addHeldBeam(input);
+    ProbeModel model(input.make().release(), ProbeModel::Force());
+    ASSERT_EQ(model.getNumOfBodies(), 3U);
+    // Mode 10 stretches the beam, which its welds don't allow. Kinetic energy makes 1/omega^2 its mass.
+    constexpr double beamMass = 2.16, omega = 2.0 * 3.141592653589793 * 1403.61466;
+    const double coordinatePerMetre = omega * std::sqrt(beamMass);
+    constexpr unsigned mode = 16;
+    double stretch = 1e-4; // root mean square
+    model.disturbStart = [&](auto& q, auto& qd) {
+        q.bodyData(2)[mode] = stretch * coordinatePerMetre;
+        qd.bodyData(2)[mode] = 10.0 * coordinatePerMetre;
+    };
+    SimulationSettings settings{1e-3};
+    settings.startCorrectionLimit = 1.0;
+    const RunOutcome near = Simulation(&model, &input.data, nullptr, settings).run();
+    ASSERT_TRUE(near.succeeded) << near.diagnostic;
+    EXPECT_NEAR(near.start.translation.size, stretch, 1e-6 * stretch);
+    EXPECT_EQ(near.start.translation.body, "body <beam>");
+    EXPECT_NEAR(near.start.velocity.size, 10.0, 1e-5);
+    EXPECT_EQ(EquationNames(&model, &input.data).getName(14 + mode), "body <beam>, coordinate eta10");
+    settings.startCorrectionLimit = 1e-3;
+    stretch = 3e-3;
+    EXPECT_THAT(Simulation(&model, &input.data, nullptr, settings).run().diagnostic,
+                HasSubstr("bodies must be moved by up to 0.003 m (body <beam>)"));
+}
+
 /// Turns the arm out of its plane by a driven scalar product, which can't exceed 1.
 TEST(SingularPosition, IsNamedWithItsTime) {
     Pendulum pendulum;

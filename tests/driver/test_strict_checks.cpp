@@ -21,6 +21,7 @@ constexpr MBS_KeyInfo springKeys[] = {
     {"Measure", IO_ValueCode::String, false, MBS_KeyRole::MeasureLabel},
     {"Curve", IO_ValueCode::String, false, MBS_KeyRole::DataObjectLabel},
     {"Law", IO_ValueCode::String, false, MBS_KeyRole::Expression},
+    {"Shape", IO_ValueCode::String, false, MBS_KeyRole::File},
     {"Count", IO_ValueCode::Unsigned, false},
     {"Note", IO_ValueCode::String, false},
 };
@@ -131,7 +132,8 @@ INSTANTIATE_TEST_SUITE_P(
         Line{"Spring", "Note = 3.5", "a number where a text belongs"},
         Line{"Spring", "Note = true", "true or false where a text belongs"},
         Line{"Spring", "Count = '3'", "a text where a number belongs"},
-        Line{"Spring", "active = 'Yes'", nullptr}, //
+        Line{"Spring", "Shape = 'no/such.mtx'", "there is no file <no/such.mtx>"},
+        Line{"Spring", "Shape = '.'", "there is no file <.>"}, Line{"Spring", "active = 'Yes'", nullptr}, //
         Line{"Spring", "active = 'on'", "a text where true or false belongs"},
         Line{"Spring", "active = 1", "a number where true or false belongs"}));
 

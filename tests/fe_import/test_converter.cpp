@@ -1,4 +1,4 @@
-#include "tests/fe_import/ModalFile.h"
+#include "tests/support/ModalFile.h"
 #include "velmora/fe_import/FeLib_FeModes.h"
 #include "velmora/fe_import/FeLib_FeNodeList.h"
 #include "velmora/fe_import/FeLib_MtxContent.h"

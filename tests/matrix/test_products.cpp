@@ -68,6 +68,27 @@ TEST_P(DenseFormTest, MatVecMult) {
     });
 }
 
+// Sizes at which a product is computed in pieces of rows, of columns and of both.
+TEST(Products, LargeMatVecMultIsWhole) {
+    for (const auto& [rows, cols] : {std::pair(9000U, 7U), {150U, 150U}, {7U, 9000U}, {700U, 300U}}) {
+        MBM_GeneralDenseMatrix A(rows, cols);
+        for (unsigned k = 0; k < rows * cols; ++k)
+            A.data[k] = k % 17 - 8.0;
+        for (const bool transpose : {false, true}) {
+            MBM_DenseStandAloneVector x(transpose ? rows : cols), y(transpose ? cols : rows, 0.5);
+            for (unsigned i = 0; i < x.size; ++i)
+                x.data[i] = i % 5 - 2.0;
+            MBM_Math::matVecMult(A, x, y, transpose, 2.0, 3.0);
+            for (unsigned i = 0; i < y.size; ++i) {
+                double sum = 0.0;
+                for (unsigned k = 0; k < x.size; ++k)
+                    sum += (transpose ? A.getValue(k, i) : A.getValue(i, k)) * x.data[k];
+                ASSERT_EQ(y.data[i], 2.0 * sum + 1.5) << rows << "x" << cols << " " << transpose;
+            }
+        }
+    }
+}
+
 TEST_P(DenseFormTest, MatMatMult) {
     forAllShapes([](unsigned rows, unsigned cols) {
         const Operand A(GetParam(), rows, cols, 0.3);

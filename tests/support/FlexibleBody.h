@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/fe_import/ModalFile.h"
+#include "tests/support/ModalFile.h"
 #include "tests/support/ModelFixture.h"
 
 #include <gtest/gtest.h>

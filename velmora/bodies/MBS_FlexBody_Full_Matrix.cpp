@@ -46,13 +46,13 @@ MBS_FlexBody_Full_MassMatrix::MBS_FlexBody_Full_MassMatrix(const MBS_BodyShape& 
 // (1)
 void MBS_FlexBody_Full_MassMatrix::update(double, const P*, const P*, const P*, const C*) {
     const auto& c = *commons;
-    transposeTimes(c.Gbar(), c.IbarGbar).to(rr());
-    if (!c.isItfActive())
-        return;
-    setToZero(Rot, Flex);
-    setToZero(Flex, Rot);
-    c.Wtf->TofEta.addLeftProduct(c.Gbar(), rf());
-    c.Wtf->TofEta.addTransposedProduct(c.Gbar(), fr());
+    const Mat34 Gbar = c.Gbar();
+    transposeTimes(Gbar, c.IbarGbar).to(rr());
+    for (unsigned j = 0; c.isItfActive() && j < M(); ++j) {
+        const Vec4 v = transposeTimes(Gbar, c.Wtf->TofEta.column(j));
+        setColumnOfRf(j, v);
+        setRowOfFr(j, v);
+    }
 }
 
 MBS_FlexBody_Full_MQdd_q::MBS_FlexBody_Full_MQdd_q(const MBS_BodyShape& shape,
@@ -67,15 +67,18 @@ MBS_FlexBody_Full_MQdd_q::MBS_FlexBody_Full_MQdd_q(const MBS_BodyShape& shape,
 // (3)
 void MBS_FlexBody_Full_MQdd_q::update(double, const P*, const P*, const P* qdd, const C*) {
     const auto& c = *commons;
+    const Mat34 Gbar = c.Gbar();
     Vec3 s = c.Ibar * c.alpha;
-    setToZero(Rot, Flex);
-    c.rowsWithAlpha.addLeftProduct(c.Gbar(), rf());
     if (c.isItfActive()) {
         s += c.Wtf->TofEta * (qdd->bodyData(bodyIndex) + 7);
-        c.Wtf->TofEtaDotDot.addLeftProduct(-c.Gbar(), rf());
-        setToZero(Flex, Rot);
-        c.Wtf->TofEta.addTransposedProduct(-c.accelerationMatrix, fr());
+        for (unsigned j = 0; j < M(); ++j) {
+            setColumnOfRf(j, transposeTimes(Gbar, c.rowsWithAlpha.column(j) - c.Wtf->TofEtaDotDot.column(j)));
+            setRowOfFr(j, -transposeTimes(c.accelerationMatrix, c.Wtf->TofEta.column(j)));
+        }
         c.Wtf->setFlexBlock(1.0, c.alpha, ff());
+    } else {
+        for (unsigned j = 0; j < M(); ++j)
+            setColumnOfRf(j, transposeTimes(Gbar, c.rowsWithAlpha.column(j)));
     }
     (2.0 * S(s) - transposeTimes(c.IbarGbar, c.accelerationMatrix)).to(rr());
 }
@@ -101,19 +104,19 @@ Mat43 inertiaRates(const MBS_FlexBody_Full_Commons& c) {
 // (5)
 void MBS_FlexBody_Full_Qvv_q::update(double, const P*, const P*, const P*, const C*) {
     const auto& c = *commons;
-    (inertiaRates(c) * c.GbarDot() - 2.0 * S(c.IbarDotOmegaBar)).to(rr());
-    setToZero(Rot, Flex);
-    c.rowsWithOmega.addLeftProduct(-2.0 * c.GbarDot(), rf());
-    setToZero(Flex, Rot);
-    c.rowsWithOmega.addTransposedProduct(-c.GbarDot(), fr());
-    if (c.isItfActive()) {
-        c.Wtf->TofEtaDot.addLeftProduct(2.0 * c.GbarDot(), rf());
-        c.Wtf->TofEtaDot.addTransposedProduct(2.0 * c.GbarDot(), fr());
+    const Mat34 Gbar = c.Gbar(), GbarDot = c.GbarDot();
+    (inertiaRates(c) * GbarDot - 2.0 * S(c.IbarDotOmegaBar)).to(rr());
+    for (unsigned j = 0; j < M(); ++j) {
+        const Vec3 D = c.rowsWithOmega.column(j);
+        const Vec3 T = c.isItfActive() ? c.Wtf->TofEtaDot.column(j) : Vec3();
+        Vec4 column = -2.0 * transposeTimes(GbarDot, D - T);
+        if (c.isQuadraticTermOfIttActive())
+            column -= transposeTimes(Gbar, c.rowsWithOmegaDot.column(j));
+        setColumnOfRf(j, column);
+        setRowOfFr(j, -transposeTimes(GbarDot, D - 2.0 * T));
     }
-    if (c.isQuadraticTermOfIttActive()) {
-        c.rowsWithOmegaDot.addLeftProduct(-c.Gbar(), rf());
+    if (c.isQuadraticTermOfIttActive())
         c.Wff->setFlexBlock(c.omegaBar, ff());
-    }
 }
 
 MBS_FlexBody_Full_Qvv_qd::MBS_FlexBody_Full_Qvv_qd(const MBS_BodyShape& shape,
@@ -128,16 +131,20 @@ MBS_FlexBody_Full_Qvv_qd::MBS_FlexBody_Full_Qvv_qd(const MBS_BodyShape& shape,
 // (6)
 void MBS_FlexBody_Full_Qvv_qd::update(double, const P*, const P*, const P*, const C*) {
     const auto& c = *commons;
-    (-(inertiaRates(c) * c.Gbar()) - 4.0 * S(c.IbarOmegaBar + c.WtfTimesFlexVelocity)).to(rr());
-    setToZero(Rot, Flex);
-    c.rowsWithOmega.addLeftProduct(-c.Gbar(), rf());
-    setToZero(Flex, Rot);
-    c.rowsWithOmega.addTransposedProduct(c.Gbar(), fr());
-    if (!c.isItfActive())
-        return;
-    c.Wtf->TofEta.addLeftProduct(-2.0 * c.GbarDot(), rf());
-    c.Wtf->TofEtaDot.addTransposedProduct(-2.0 * c.Gbar(), fr());
-    c.Wtf->setFlexBlock(-2.0, c.omegaBar, ff());
+    const Mat34 Gbar = c.Gbar(), twiceGbarDot = 2.0 * c.GbarDot();
+    (-(inertiaRates(c) * Gbar) - 4.0 * S(c.IbarOmegaBar + c.WtfTimesFlexVelocity)).to(rr());
+    for (unsigned j = 0; j < M(); ++j) {
+        const Vec4 v = transposeTimes(Gbar, c.rowsWithOmega.column(j));
+        Vec4 column = -v, row = v;
+        if (c.isItfActive()) {
+            column -= transposeTimes(twiceGbarDot, c.Wtf->TofEta.column(j));
+            row -= 2.0 * transposeTimes(Gbar, c.Wtf->TofEtaDot.column(j));
+        }
+        setColumnOfRf(j, column);
+        setRowOfFr(j, row);
+    }
+    if (c.isItfActive())
+        c.Wtf->setFlexBlock(-2.0, c.omegaBar, ff());
 }
 
 MBS_FlexBody_Full_CqLi_q::MBS_FlexBody_Full_CqLi_q(const MBS_BodyShape& shape,

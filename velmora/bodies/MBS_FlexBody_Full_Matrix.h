@@ -17,11 +17,17 @@ class MBS_FlexBody_Full_Matrix : public MBS_GeneralSingleBodyMatrix {
     std::string getClassName() const override { return "MBS_FlexBody_Full_Matrix"; }
 
   protected:
+    unsigned M() const { return colDof[Flex]; }
     double* rr() { return block[Rot][Rot]->data; }   // 4x4
-    double* rf() { return block[Rot][Flex]->data; }  // 4xM
-    double* fr() { return block[Flex][Rot]->data; }  // Mx4
     double* ff() { return block[Flex][Flex]->data; } // MxM
-    void setToZero(unsigned rowKind, unsigned colKind) { block[rowKind][colKind]->setAllToZero(); }
+    /// Column j of rf, 4xM.
+    void setColumnOfRf(unsigned j, const Vec4& v) { v.to(block[Rot][Flex]->data + std::size_t{4} * j); }
+    /// Row j of fr, Mx4.
+    void setRowOfFr(unsigned j, const Vec4& v) {
+        double* fr = block[Flex][Rot]->data + j;
+        for (unsigned k = 0; k < 4; ++k)
+            fr[std::size_t{k} * M()] = v.data[k];
+    }
     /// A diagonal block ff with these numbers.
     void setFlexDiagonal(const std::vector<double>& diagonal);
 

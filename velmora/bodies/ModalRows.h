@@ -37,18 +37,6 @@ class ModalRows {
             y[j] += row(0)[j] * sv(0) + row(1)[j] * sv(1) + row(2)[j] * sv(2);
     }
 
-    /// Y += B' R, Y 4 x M.
-    void addLeftProduct(const Mat34& B, double* Y) const {
-        for (unsigned j = 0; j < M; ++j)
-            transposeTimes(B, column(j)).addTo(Y + std::size_t{4} * j);
-    }
-
-    /// Y += R' B, Y M x 4.
-    void addTransposedProduct(const Mat34& B, double* Y) const {
-        for (int k = 0; k < 4; ++k)
-            addTransposedProduct(1.0, {{B(0, k), B(1, k), B(2, k)}}, Y + std::size_t(k) * M);
-    }
-
   private:
     unsigned M;
     std::vector<double> elements;

@@ -40,6 +40,7 @@ FeLib_AdamsMtxFileReader::FeLib_AdamsMtxFileReader(std::string name)
                  "INVAR6", "INVAR7", "INVAR8", "INVAR9", "GENSTIFF", "T_MODE", "R_MODE"} {
     numOfBlockNames = static_cast<std::uint32_t>(blockNames.size());
     blockLabels.resize(numOfBlockNames);
+    blockLines.resize(numOfBlockNames, 0);
 }
 
 FeLib_AdamsMtxFileReader::~FeLib_AdamsMtxFileReader() = default;
@@ -70,7 +71,9 @@ bool FeLib_AdamsMtxFileReader::readHead() {
     unsigned numOfNames = 0;
     if (tokens.empty() || !stringToUnsigned(tokens[0], &numOfNames) || numOfNames == 0)
         return false;
-    return skipLines(numOfNames / 4 + (numOfNames % 4 != 0));
+    const unsigned linesOfNames = numOfNames / 4 + (numOfNames % 4 != 0);
+    lineNumber += linesOfNames;
+    return skipLines(linesOfNames);
 }
 
 void FeLib_AdamsMtxFileReader::readUnits() {
@@ -100,6 +103,7 @@ bool FeLib_AdamsMtxFileReader::readBlocks() {
         if (name == blockNames.end())
             continue;
         const auto block = static_cast<std::size_t>(name - blockNames.begin());
+        blockLines[block] = lineNumber;
         bool isRead = false;
         try {
             isRead = readBlock(block, tokens);
@@ -255,6 +259,7 @@ void FeLib_AdamsMtxFileReader::testModes() {
 
 // A last line without a line feed is a line too.
 bool FeLib_AdamsMtxFileReader::nextLine() {
+    ++lineNumber;
     return readLine() || !currentLine.empty();
 }
 

@@ -35,6 +35,8 @@ class VELMORA_EXPORT FeLib_AdamsMtxFileReader : public IO_FileIO {
     std::vector<std::string> blockNames;
     /// Per block name the label column of a labelled block, else null.
     std::vector<std::unique_ptr<std::vector<std::uint32_t>>> blockLabels;
+    std::vector<unsigned> blockLines; ///< per block name the line of its header, from 1; 0 if there is none
+    unsigned lineNumber = 0;          ///< of the last line read, from 1
     std::unique_ptr<MBM_GeneralDenseMatrix> selMod; ///< modes x 1 or more; frequencies in Hz first
     std::unique_ptr<MBM_GeneralDenseMatrix> tMode;  ///< 3 x (nodes times modes)
     std::unique_ptr<MBM_GeneralDenseMatrix> rMode;  ///< 3 x (nodes times modes)

@@ -17,6 +17,7 @@ class MBM_GeneralDenseMatrix;
 /// Root of what makes the matrices of a flexible body from imported data.
 class VELMORA_EXPORT FeLib_FlexBodyConverter : public FeLib_Item {
   public:
+    ~FeLib_FlexBodyConverter() override;
     std::string getClassName() const override { return "FeLib_FlexBodyConverter"; }
 
     /// Makes `matrixSet`; entries 1 and 2 on demand alone.
@@ -39,7 +40,6 @@ class VELMORA_EXPORT FeLib_FlexBodyConverter : public FeLib_Item {
     explicit FeLib_FlexBodyConverter(std::vector<double> ratios);
     FeLib_FlexBodyConverter(const FeLib_FlexBodyConverter&) = delete;
     FeLib_FlexBodyConverter& operator=(const FeLib_FlexBodyConverter&) = delete;
-    ~FeLib_FlexBodyConverter() override;
 };
 
 /// Makes the matrices from the invariants of a modal file, all in the units of the file, and brings modes of

@@ -30,6 +30,12 @@ std::ptrdiff_t place(bool transposed, std::ptrdiff_t ld, int i, int j) {
     return transposed ? i * ld + j : j * ld + i;
 }
 
+/// Elements of a matrix up to which BLAS works in the calling thread. OpenBLAS shares out larger products,
+/// and where other work keeps a core busy it then waits for that core, a thousand times longer than the
+/// product takes.
+constexpr int largestPiece = 8192;
+constexpr int rowsOfPiece = 256; // at least, where the matrix has as many
+
 } // namespace
 
 void dgemm(char transA, char transB, int m, int n, int k, double alpha, const double* A, int lda,
@@ -40,7 +46,21 @@ void dgemm(char transA, char transB, int m, int n, int k, double alpha, const do
 
 void dgemv(char trans, int m, int n, double alpha, const double* A, int lda, const double* x, double beta,
            double* y) {
-    cblas_dgemv(CblasColMajor, code(trans), m, n, alpha, A, leading(lda), x, 1, beta, y, 1);
+    const bool transposed = trans == 'T';
+    const int rows = std::min(m, std::max(rowsOfPiece, largestPiece / std::max(n, 1)));
+    const int cols = std::clamp(largestPiece / std::max(rows, 1), 1, std::max(n, 1));
+    int i = 0;
+    do {
+        int j = 0;
+        do {
+            const double share = (transposed ? i : j) == 0 ? beta : 1.0;
+            cblas_dgemv(CblasColMajor, code(trans), std::min(rows, m - i), std::min(cols, n - j), alpha,
+                        A + place(false, lda, i, j), leading(lda), x + (transposed ? i : j), 1, share,
+                        y + (transposed ? j : i), 1);
+            j += cols;
+        } while (j < n);
+        i += std::max(rows, 1);
+    } while (i < m);
 }
 
 void dscal(int n, double alpha, double* x) {
