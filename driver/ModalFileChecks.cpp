@@ -1,14 +1,23 @@
 // Relations that hold for the invariants of any mass distribution, with s = position and phi_j = shape j of a
-// point:
+// point, and tilde(a) b = a x b:
 //
-// (1) INVAR7 = integral of |s|^2 1 - s s' is symmetric, with moments of which no one exceeds the sum of the
-// others (2) INVAR5, rows of axis c = integral of (phi_j x phi_k)_c, is skew in j and k (3) INVAR9(j, k) =
-// integral of tilde(phi_j) tilde(phi_k) is the transpose of INVAR9(k, j), of trace -2 INVAR6(j, k) (4)
-// INVAR8(j) = integral of tilde(s) tilde(phi_j): its skew part is that of INVAR4(j) = integral of s x phi_j
-// (5) modes that leave the centre of mass and the moment of momentum alone: INVAR3 = 0, INVAR4 = 0
-// (6) the radius of gyration is no longer than the way to the farthest point
+// (1)  INVAR7 = integral of |s|^2 1 - s s' is symmetric, and no moment exceeds the sum of the others
+//
+// (2)  INVAR5, rows of axis c = integral of (phi_j x phi_k)_c, is skew in j and k
+//
+// (3)  INVAR9(j, k) = integral of tilde(phi_j) tilde(phi_k) is the transpose of INVAR9(k, j), of
+//      trace -2 INVAR6(j, k)
+//
+// (4)  INVAR8(j) = integral of tilde(s) tilde(phi_j): its skew part is that of INVAR4(j) = integral of
+//      s x phi_j
+//
+// (5)  modes that leave the centre of mass and the moment of momentum alone: INVAR3 = 0, INVAR4 = 0
+//
+// (6)  the radius of gyration is no longer than the way to the farthest point
 
 #include "driver/ModalFileChecks.h"
+
+#include "driver/ModalFileForm.h"
 
 #include <fmt/format.h>
 
@@ -34,17 +43,12 @@ double largest(const Matrix& m) {
     return result;
 }
 
-/// Collects findings about the blocks of one file.
-class Checker {
+class Checker : ModalFindings {
   public:
-    explicit Checker(const ModalFile& modalFile) : file(modalFile), M(modalFile.getNumOfModes()) {}
+    explicit Checker(const ModalFile& modalFile) : ModalFindings(modalFile), M(modalFile.getNumOfModes()) {}
 
     std::vector<Finding> check() {
-        checkReading();
-        if (!file.isRead || M == 0)
-            return std::move(findings);
-        checkNumbers();
-        if (findings.empty()) { // sizes and numbers are sound
+        if (checkForm(*this)) {
             checkMass();
             checkModalMatrices();
             checkFrequencies();
@@ -58,24 +62,6 @@ class Checker {
     }
 
   private:
-    template <class... Values>
-    void report(Finding::Severity severity, const std::string& block, fmt::format_string<Values...> text,
-                Values&&... values) {
-        findings.push_back(
-            {severity, file.getLine(block),
-             (block.empty() ? "" : block + ": ") + fmt::format(text, std::forward<Values>(values)...)});
-    }
-    template <class... Values>
-    void error(const std::string& block, fmt::format_string<Values...> text, Values&&... values) {
-        report(Finding::Severity::Error, block, text, std::forward<Values>(values)...);
-    }
-    template <class... Values>
-    void warn(const std::string& block, fmt::format_string<Values...> text, Values&&... values) {
-        report(Finding::Severity::Warning, block, text, std::forward<Values>(values)...);
-    }
-
-    void checkReading();
-    void checkNumbers();
     void checkMass();
     void checkModalMatrices();
     void checkSymmetric(const char* block, const Matrix& m);
@@ -89,49 +75,8 @@ class Checker {
     /// Displacement and turn of a node in a mode.
     std::array<double, 6> shape(std::size_t node, unsigned mode) const;
 
-    const ModalFile& file;
     unsigned M;
-    std::vector<Finding> findings;
 };
-
-void Checker::checkReading() {
-    const FeLib_AdamsMtxFileReader& reader = file.reader;
-    const bool isInBlocks =
-        !file.isRead && std::ranges::any_of(reader.blockLines, [](unsigned line) { return line > 0; });
-    if (!file.isRead || !reader.errorString.empty())
-        findings.push_back(
-            {Finding::Severity::Error, isInBlocks ? reader.lineNumber : 0, reader.errorString});
-    if (file.isRead && M == 0)
-        for (const char* block : {"SELNOD", "SELMOD", "T_MODE", "R_MODE"})
-            if (file.getLine(block) == 0)
-                error("", "no block {}: without it the file has no modes", block);
-    for (const auto& unit : file.content.units)
-        if (unit.ends_with("not valid!"))
-            findings.push_back({Finding::Severity::Warning, 1, unit});
-}
-
-void Checker::checkNumbers() {
-    const std::array<std::pair<unsigned, unsigned>, 9> sizes{
-        {{1, 1}, {1, 3}, {3, M}, {3, M}, {3 * M, M}, {M, M}, {3, 3}, {M, 9}, {3 * M * M, 3}}};
-    const auto check = [&](const std::string& name, const Matrix* m, std::pair<unsigned, unsigned> size,
-                           bool isNeeded) {
-        if (!m && isNeeded)
-            error("", "no block {}", name);
-        if (m && (m->rows != size.first || m->cols != size.second))
-            error(name, "{} x {} where {} modes ask for {} x {}", m->rows, m->cols, M, size.first,
-                  size.second);
-        for (std::size_t k = 0; m && k < std::size_t{m->rows} * m->cols; ++k)
-            if (!std::isfinite(m->data[k]))
-                return error(name, "an element is {}", m->data[k]);
-    };
-    for (unsigned k = 1; k <= 9; ++k)
-        check(fmt::format("INVAR{}", k), file.getInvariant(k), sizes[k - 1], k == 1 || (k >= 6 && k <= 8));
-    check("GENSTIFF", file.content.genStiff.get(), {M, M}, true);
-    for (const auto& [name, key] :
-         {std::pair("INVAR5", "Is_Itf_active"), {"INVAR9", "Is_QuadraticTermOF_Itt_active"}})
-        if (file.getLine(name) == 0)
-            warn("", "no block {}: a body of this file can't have {}", name, key);
-}
 
 // (1), (6)
 void Checker::checkMass() {
@@ -292,7 +237,8 @@ std::array<double, 6> Checker::shape(std::size_t node, unsigned mode) const {
     return values;
 }
 
-// A mode whose nodes all turn alike, and move as this turn and a translation say, doesn't deform the body.
+// Two nodes may well move like one by symmetry. A mode whose nodes all turn alike, and move as this turn and
+// a translation say, doesn't deform the body.
 bool Checker::isRigid(unsigned mode) const {
     const auto& nodes = file.content.nodeList->nodes;
     const std::array<double, 6> first = shape(0, mode);
@@ -316,27 +262,13 @@ bool Checker::isRigid(unsigned mode) const {
 }
 
 void Checker::checkRigidModes() {
-    for (unsigned j = 0; file.content.modes->shapes && file.content.nodeList->nodes.size() >= 2 && j < M; ++j)
+    for (unsigned j = 0; file.content.modes->shapes && file.content.nodeList->nodes.size() >= 3 && j < M; ++j)
         if (isRigid(j))
             error("T_MODE", "mode {} moves all nodes like a rigid body: the frame of the body does that",
                   j + 1);
 }
 
 } // namespace
-
-unsigned ModalFile::getLine(const std::string& block) const {
-    const auto name = std::ranges::find(reader.blockNames, block);
-    return name == reader.blockNames.end()
-               ? 0
-               : reader.blockLines[static_cast<std::size_t>(name - reader.blockNames.begin())];
-}
-
-ModalScaling findScaling(const ModalFile& file) {
-    const MBM_GeneralDenseMatrix *mass = file.getInvariant(6), *stiffness = file.content.genStiff.get();
-    if (mass && mass->isUnitMatrix())
-        return ModalScaling::UnitMass;
-    return stiffness && stiffness->isUnitMatrix() ? ModalScaling::UnitStiffness : ModalScaling::Other;
-}
 
 std::vector<Finding> collectFindings(const ModalFile& file) {
     return Checker(file).check();

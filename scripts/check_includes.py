@@ -26,7 +26,7 @@ ALLOWED = {
     "io": ["platform"],
     "matrix": ["platform", "io"],
     "functions": ["platform", "io", "matrix"],
-    "fe_import": ["platform", "io", "matrix", "functions"],
+    "fe_import": ["platform", "io", "matrix"],
     "model": ["platform", "io", "matrix"],
     "bodies": ["platform", "io", "matrix", "model", "fe_import"],
     "data_objects": ["platform", "io", "matrix", "functions", "model"],

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes the tables of docs/performance.md from runs of the benchmark programs.
 
-Usage: scripts/performance_table.py <folder of the programs> [free_bodies | chain | lattice]
+Usage: scripts/performance_table.py <folder of the programs> [free_bodies | chain | lattice | flexible_body]
 
 Each table stands between two markers. Each benchmark runs several times; the smallest time of each counts, since
 everything else on the machine only adds to it.
@@ -27,7 +27,7 @@ def run(program):
     for row in json.loads(text)["benchmarks"]:
         if row["run_type"] != "iteration":
             continue
-        share, count = row["run_name"].split("/")
+        share, count = row["run_name"].rsplit("/", 1)
         key = (share, int(count))
         times[key] = min(times.get(key, float("inf")), row["cpu_time"] / int(count))
         sizes[key] = row.get("allBytes", 0.0)
@@ -98,7 +98,25 @@ def lattice(times, sizes):
             row("memory [kB]", lambda n, ratio: ratio / n / 1000 * (sizes["residual", n] - sizes["residualWithoutSprings", n]), 2)]
 
 
-TABLES = {"free_bodies": free_bodies, "chain": chain, "lattice": lattice}
+def flexible_body(times, _):
+    """One update with Jacobian, per body; times stand per mode."""
+    modes = (10, 50, 200)
+
+    def row(name, value, digits):
+        return f"| {name} | " + " | ".join(f"{value(m):.{digits}f}" for m in modes) + " |"
+
+    def microseconds(name):
+        return lambda m: times[name, m] * m / 1000
+
+    rows = ["| per body | M = 10 | M = 50 | M = 200 |", "|---|---:|---:|---:|"]
+    for share, name in {"linear": "both switches off", "coupled": "Is_Itf_active", "quadratic": "Is_QuadraticTermOF_Itt_active", "full": "both on"}.items():
+        update, products = microseconds(f"update/{share}"), microseconds(f"denseProducts/{share}")
+        rows += [row(f"{name} [us]", update, 2), row("its dense products alone [us]", products, 2),
+                 row("ratio", lambda m, a=update, b=products: a(m) / b(m), 2)]
+    return rows
+
+
+TABLES = {"free_bodies": free_bodies, "chain": chain, "lattice": lattice, "flexible_body": flexible_body}
 
 
 def main():

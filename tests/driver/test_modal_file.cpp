@@ -136,7 +136,20 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"NoModes", [](auto& f) { f.rename("T_MODE"); }, "",
               "no block T_MODE: without it the file has no modes"},
         Fault{"NoSquareInertia", [](auto& f) { f.rename("INVAR9"); }, "",
-              "no block INVAR9: a body of this file can't have Is_QuadraticTermOF_Itt_active", true}),
+              "no block INVAR9: a body of this file can't have Is_QuadraticTermOF_Itt_active", true},
+        Fault{"PhysicsBesidesWarnings",
+              [](auto& f) {
+                  f.rename("INVAR9");
+                  f.set("INVAR1", 0, -2.0);
+              },
+              "INVAR1", "the mass is -2"},
+        Fault{"NodesTwice",
+              [](auto& f) {
+                  const auto first = f.lines.begin() + static_cast<std::ptrdiff_t>(f.lineOf("SELNOD")) - 1;
+                  const std::vector<std::string> nodes(first, first + 10);
+                  f.lines.insert(first, nodes.begin(), nodes.end());
+              },
+              "", "SELNOD, SELMOD, T_MODE and R_MODE don't fit one another: the file has no modes"}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(ModalFileReading, TellsTheLineWhereItStops) {
@@ -153,8 +166,22 @@ TEST(ModalFileReading, TellsTheLineWhereItStops) {
     EXPECT_THAT(file.findings(), ElementsAre("m: error: FeLib_AdamsMtxFileReader: head of file not valid!"));
     ModalText other;
     EXPECT_THAT(other.findings("\r\n"), ElementsAre());
-    other.lines[0].replace(other.lines[0].find("METER"), 5, "yard ");
-    EXPECT_THAT(other.findings(), ElementsAre("m:1: warning: Unit of length not valid!"));
+    other.set("INVAR8", 3, std::nan(""));
+    EXPECT_THAT(other.findings(), ElementsAre(HasSubstr("INVAR8: error when reading block")));
+}
+
+TEST(ModalFileReading, WarnsOfUnits) {
+    for (const auto& [units, text] :
+         {std::pair("ADAMSMAT2 KILOGRAM yard SECOND NEWTON", "Unit of length not valid!"),
+          {"KILOGRAM METER SECOND NEWTON", "the first line names no units"},
+          {"ADAMSMAT2 KILOGRAM MILLIMETER SECOND NEWTON",
+           "the units KILOGRAM and MILLIMETER don't fit the unit NEWTON of forces"},
+          {"ADAMSMAT2 MEGAGRAM MILLIMETER SECOND NEWTON",
+           "the units aren't SI units, and nothing converts them: the model must have them too"}}) {
+        ModalText file;
+        file.lines[0] = units;
+        EXPECT_THAT(file.findings(), ElementsAre(std::string("m:1: warning: ") + text));
+    }
 }
 
 } // namespace

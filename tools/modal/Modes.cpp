@@ -47,6 +47,11 @@ std::vector<int> allBut(const std::vector<int>& held, Index size) {
 
 } // namespace
 
+void orthonormalise(MatrixXd& shapes, const MatrixXd& weighted) {
+    const Eigen::LLT<MatrixXd> factor(shapes.transpose() * weighted);
+    shapes = MatrixXd(factor.matrixU().solve<Eigen::OnTheRight>(shapes));
+}
+
 Modes computeFreeModes(const MatrixXd& stiffness, const MatrixXd& mass, int count) {
     return withoutRigidModes(stiffness, mass, count);
 }
@@ -69,8 +74,10 @@ Modes computeHeldModes(const MatrixXd& stiffness, const MatrixXd& mass, const st
     T(inner, Eigen::seqN(0, numHeld)) = -factor.solve(stiffness(inner, held));
     T(inner, Eigen::seqN(numHeld, numInner)) = solver.eigenvectors().leftCols(numInner);
     modes = withoutRigidModes(T.transpose() * stiffness * T, T.transpose() * mass * T, T.cols());
-    if (modes.error.empty())
+    if (modes.error.empty()) {
         modes.shapes = T * modes.shapes;
+        orthonormalise(modes.shapes, mass * modes.shapes);
+    }
     return modes;
 }
 

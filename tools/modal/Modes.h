@@ -14,6 +14,9 @@ struct Modes {
     std::string error;           ///< empty unless the modes couldn't be computed
 };
 
+/// Makes shapes that are nearly orthonormal with the mass so to rounding; `weighted` = mass times shapes.
+void orthonormalise(Eigen::MatrixXd& shapes, const Eigen::MatrixXd& weighted);
+
 /// The lowest `count` elastic modes of a free body with these stiffness and mass matrices.
 Modes computeFreeModes(const Eigen::MatrixXd& stiffness, const Eigen::MatrixXd& mass, int count);
 

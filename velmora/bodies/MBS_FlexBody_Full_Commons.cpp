@@ -14,7 +14,7 @@ MBS_FlexBody_Full_Commons::MBS_FlexBody_Full_Commons(unsigned index,
       rowsWithOmegaDot(bodyParameter.numOfModes),
       flexParameter(&bodyParameter) {
     if (bodyParameter.Wtf)
-        Wtf.emplace(*bodyParameter.Wtf);
+        Wtf.emplace(*bodyParameter.Wtf, *bodyParameter.WtfTransposed);
     if (bodyParameter.WffPairSum)
         Wff.emplace(*bodyParameter.WffPairSum);
 }

@@ -134,10 +134,14 @@ void MBS_FlexBody_Full_Parameter::takeCouplings(const FeLib_MtxConverter& conver
                 Wrf[j](static_cast<int>(r), static_cast<int>(c)) = matrices[EntryWrf]->getValue(r, c * M + j);
     if (isItfActive) {
         Wtf = std::make_unique<MBM_GeneralDenseMatrix>(M, 3 * M);
+        WtfTransposed = std::make_unique<MBM_GeneralDenseMatrix>(M, 3 * M);
         for (unsigned c = 0; c < 3; ++c)
             for (unsigned i = 0; i < M; ++i)
-                for (unsigned j = 0; j < M; ++j)
-                    Wtf->setValue(i, c * M + j, matrices[EntryWtf]->getValue(c * M + j, i));
+                for (unsigned j = 0; j < M; ++j) {
+                    const double E_ij = matrices[EntryWtf]->getValue(c * M + i, j);
+                    Wtf->setValue(i, c * M + j, E_ij);
+                    WtfTransposed->setValue(j, c * M + i, E_ij);
+                }
     }
     if (!isQuadraticTermOfIttActive)
         return;

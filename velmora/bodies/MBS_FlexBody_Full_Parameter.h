@@ -38,8 +38,8 @@ class MBS_FlexBody_Full_Parameter : public MBS_BodyParameter {
     Mat3 orientation;                             ///< columns are the axes of the body frame
     Mat3 Itt_tt;                                  ///< inertia of the undeformed body, body frame
     std::vector<Mat3> Wrf;                        ///< C_j, per mode: d Ibar/d eta_j of the undeformed body
-    /// M x 3M: E_0', E_1', E_2'; null unless `isItfActive`.
-    std::unique_ptr<MBM_GeneralDenseMatrix> Wtf;
+    /// M x 3M each: E_0, E_1, E_2, and E_0', E_1', E_2'; null unless `isItfActive`.
+    std::unique_ptr<MBM_GeneralDenseMatrix> Wtf, WtfTransposed;
     /// M x 6M: W_ab + W_ba for (a, b) = 00, 11, 22, 01, 02, 12, each symmetric, with W_ab the second
     /// derivative of half of Ibar(a, b); null unless `isQuadraticTermOfIttActive`.
     std::unique_ptr<MBM_GeneralDenseMatrix> WffPairSum;

@@ -37,11 +37,13 @@ void MBS_FlexBody_Full_Wrf_Matrix::setRows(const Vec3& v, ModalRows& D) const {
         D.setColumn(j, (*C)[j] * v);
 }
 
-MBS_FlexBody_Full_Wtf_Matrix::MBS_FlexBody_Full_Wtf_Matrix(const MBM_GeneralDenseMatrix& invariants)
+MBS_FlexBody_Full_Wtf_Matrix::MBS_FlexBody_Full_Wtf_Matrix(const MBM_GeneralDenseMatrix& invariants,
+                                                           const MBM_GeneralDenseMatrix& transposed)
     : TofEta(invariants.rows),
       TofEtaDot(invariants.rows),
       TofEtaDotDot(invariants.rows),
-      E(&invariants) {}
+      E(&invariants),
+      ETransposed(&transposed) {}
 
 void MBS_FlexBody_Full_Wtf_Matrix::update(const double* eta, const double* etaDot) {
     setT(eta, TofEta);
@@ -54,12 +56,11 @@ void MBS_FlexBody_Full_Wtf_Matrix::updateForAcceleration(const double* etaDotDot
 
 void MBS_FlexBody_Full_Wtf_Matrix::setT(const double* x, ModalRows& T) const {
     const int M = static_cast<int>(E->rows);
-    for (unsigned c = 0; c < 3; ++c)
-        blas::dgemv('N', M, M, 1.0, E->data + std::size_t{c} * E->rows * E->rows, M, x, 0.0, T.row(c));
+    blas::dgemv('T', M, 3 * M, 1.0, E->data, M, x, 0.0, T.row(0)); // rows stand side by side
 }
 
 void MBS_FlexBody_Full_Wtf_Matrix::setFlexBlock(double s, const Vec3& v, double* F) const {
-    weightedSumOfBlocks(*E, (s * v).data.data(), F);
+    weightedSumOfBlocks(*ETransposed, (s * v).data.data(), F);
 }
 
 MBS_FlexBody_Full_Wff_Matrix::MBS_FlexBody_Full_Wff_Matrix(const MBM_GeneralDenseMatrix& pairSums)

@@ -32,8 +32,9 @@ class MBS_FlexBody_Full_Wrf_Matrix {
 /// The coupling of rotation and deformation: T(x), 3 x M, row c = x' E_c with E_c skew-symmetric.
 class MBS_FlexBody_Full_Wtf_Matrix {
   public:
-    /// M x 3M: E_0', E_1', E_2'.
-    explicit MBS_FlexBody_Full_Wtf_Matrix(const MBM_GeneralDenseMatrix& invariants);
+    /// M x 3M each: E_0, E_1, E_2, and E_0', E_1', E_2'.
+    MBS_FlexBody_Full_Wtf_Matrix(const MBM_GeneralDenseMatrix& invariants,
+                                 const MBM_GeneralDenseMatrix& transposed);
 
     void update(const double* eta, const double* etaDot);
     void updateForAcceleration(const double* etaDotDot);
@@ -45,7 +46,7 @@ class MBS_FlexBody_Full_Wtf_Matrix {
   private:
     void setT(const double* x, ModalRows& T) const;
 
-    const MBM_GeneralDenseMatrix* E; // not owned
+    const MBM_GeneralDenseMatrix *E, *ETransposed; // not owned
 };
 
 /// The share of Ibar that is quadratic in eta: S(eta), S_ab = eta' W_ab eta. All of it comes from the

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -46,21 +47,20 @@ void dgemm(char transA, char transB, int m, int n, int k, double alpha, const do
 
 void dgemv(char trans, int m, int n, double alpha, const double* A, int lda, const double* x, double beta,
            double* y) {
+    if (std::int64_t{m} * n <= largestPiece) {
+        cblas_dgemv(CblasColMajor, code(trans), m, n, alpha, A, leading(lda), x, 1, beta, y, 1);
+        return;
+    }
     const bool transposed = trans == 'T';
-    const int rows = std::min(m, std::max(rowsOfPiece, largestPiece / std::max(n, 1)));
-    const int cols = std::clamp(largestPiece / std::max(rows, 1), 1, std::max(n, 1));
-    int i = 0;
-    do {
-        int j = 0;
-        do {
+    const int rows = std::min(m, std::max(rowsOfPiece, largestPiece / n));
+    const int cols = std::clamp(largestPiece / rows, 1, n);
+    for (int i = 0; i < m; i += rows)
+        for (int j = 0; j < n; j += cols) {
             const double share = (transposed ? i : j) == 0 ? beta : 1.0;
             cblas_dgemv(CblasColMajor, code(trans), std::min(rows, m - i), std::min(cols, n - j), alpha,
                         A + place(false, lda, i, j), leading(lda), x + (transposed ? i : j), 1, share,
                         y + (transposed ? j : i), 1);
-            j += cols;
-        } while (j < n);
-        i += std::max(rows, 1);
-    } while (i < m);
+        }
 }
 
 void dscal(int n, double alpha, double* x) {
