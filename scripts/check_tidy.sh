@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Runs clang-tidy with the checks of .clang-tidy over the kernel, the driver and the tools; fails on any finding.
+# Runs clang-tidy with the checks of .clang-tidy over the kernel, the contact library, the driver and the tools; fails on any
+# finding.
 #
-# Usage: scripts/check_tidy.sh [BUILD_DIR [folder...]]    default build/release velmora driver tools
+# Usage: scripts/check_tidy.sh [BUILD_DIR [folder...]]    default build/release velmora contact driver tools
 #
 # BUILD_DIR tells how each source is compiled; it has to be configured, not built.
 set -euo pipefail
@@ -10,7 +11,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=$(realpath -m -- "${1:-$root/build/release}")
 shift || true
 folders=("${@:-velmora}")
-[[ $# -gt 0 ]] || folders+=(driver tools)
+[[ $# -gt 0 ]] || folders+=(contact driver tools)
 cd "$root"
 
 if [[ ! -f $build/compile_commands.json ]]; then

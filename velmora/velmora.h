@@ -17,5 +17,6 @@
 #include "velmora/model/MBS_Math.h"
 #include "velmora/model/MBS_Model.h"
 #include "velmora/model/MBS_ModelDofVector.h"
+#include "velmora/platform/PCM_Contact.h"
 #include "velmora/platform/Version.h"
 #include "velmora/results/MBS_ResultFileManager.h"
