@@ -1,5 +1,5 @@
 #include "tests/support/DerivativeChecker.h"
-#include "tests/support/ModelFixture.h"
+#include "tests/support/FlexibleBody.h"
 #include "velmora/matrix/MBM_DenseMatrix.h"
 
 #include <gmock/gmock.h>
@@ -138,6 +138,37 @@ TEST_F(GlobalMatrix, ModifiedFormTakesAMatrixInPlaceOfTheWeight) {
             for (unsigned k = 3; k < 7 && j >= 3; ++k)
                 expected -= b(i, k) * T[0].getValue(k - 3, j - 3);
             EXPECT_NEAR(sparse.getValue(i, j), expected, 1e-12) << i << ", " << j;
+        }
+}
+
+TEST_F(GlobalMatrix, BothFormsServeFlexibleBodies) {
+    addFlexibleBody(data, "f", writeModalFile(PointBody().file())); // body 3, from row 21 on
+    DerivativeChecker checker(build());
+    State s = randomState(*model, random);
+    const Table m = checker.analytic(101, s), b = checker.analytic(104, s), k = checker.analytic(106, s),
+                d = checker.analytic(107, s);
+    updateBlocks(s);
+    MBM_GeneralDenseMatrix T(4, 4, 0.0);
+    for (unsigned n = 0; n < 16; ++n)
+        T.data[n] = std::sin(1.0 + n);
+    std::vector<MBM_GeneralDenseMatrix*> all(4, &T);
+    const std::vector<Contribution> list = {
+        {101, 0, 0, 2.0}, {104, 0, 0, 7.0}, {106, 0, 0, 3.0}, {107, 0, 0, -5.0}};
+    const Matrix plain = make(1, 1, list), modified = make(1, 1, list, true);
+    plain->update();
+    modified->updateForModifiedHHT(all.data());
+    for (unsigned i = 21; i < 30; ++i)
+        for (unsigned j = 21; j < 30; ++j) {
+            const double byPosition = 2.0 * m(i, j) + 3.0 * k(i, j),
+                         byVelocity = 7.0 * b(i, j) - 5.0 * d(i, j);
+            EXPECT_NEAR(plain->getPointerToSparseJacobian()->getValue(i, j), byPosition + byVelocity, 1e-12);
+            double expected = byPosition;
+            if (j < 24 || j >= 28)
+                expected += byVelocity;
+            for (unsigned n = 0; n < 4 && j >= 24 && j < 28; ++n)
+                expected -= (b(i, 24 + n) + d(i, 24 + n)) * T.getValue(n, j - 24);
+            EXPECT_NEAR(modified->getPointerToSparseJacobian()->getValue(i, j), expected, 1e-12)
+                << i << ", " << j;
         }
 }
 
