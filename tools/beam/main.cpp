@@ -6,11 +6,12 @@
 #include <fmt/format.h>
 
 #include <cstdio>
+#include <exception>
 #include <map>
 
-namespace {
+namespace velmora::tools {
 
-using namespace velmora::tools;
+namespace {
 
 constexpr int wrongUsage = 2;
 
@@ -90,9 +91,7 @@ int writeBeam(Options& options) {
     return 0;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
     Options options;
     CLI::App app(
         "Writes the modal file of a straight beam, in kg, m, s, N, with its origin in the centre of mass "
@@ -104,5 +103,18 @@ int main(int argc, char** argv) {
         return writeBeam(options);
     } catch (const CLI::ParseError& stop) {
         return app.exit(stop) == 0 ? 0 : wrongUsage;
+    }
+}
+
+} // namespace
+
+} // namespace velmora::tools
+
+int main(int argc, char** argv) {
+    try {
+        return velmora::tools::run(argc, argv);
+    } catch (const std::exception& exception) {
+        std::fprintf(stderr, "velmora-beam: %s\n", exception.what());
+        return 1;
     }
 }

@@ -7,10 +7,11 @@
 #include <fmt/format.h>
 
 #include <cstdio>
+#include <exception>
+
+namespace velmora::tools {
 
 namespace {
-
-using namespace velmora::tools;
 using Eigen::Index;
 
 constexpr int wrongUsage = 2;
@@ -78,6 +79,7 @@ int writePart(const Options& options) {
         if (const std::string error = addInterface(part, text, joints); !error.empty())
             return fail(error, wrongUsage);
     std::vector<Interface> surfaces;
+    surfaces.reserve(joints.size());
     for (const Joint& joint : joints)
         surfaces.push_back(joint.surface);
     const auto elastic = static_cast<int>(part.model.stiffness.rows()) - 6;
@@ -97,9 +99,7 @@ int writePart(const Options& options) {
     return 0;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
     Options options;
     CLI::App app("Makes a modal file of a part that CalculiX has stored with *FREQUENCY, "
                  "SOLVER=MATRIXSTORAGE, in kg, m, s, N.",
@@ -119,5 +119,18 @@ int main(int argc, char** argv) {
         return writePart(options);
     } catch (const CLI::ParseError& stop) {
         return app.exit(stop) == 0 ? 0 : wrongUsage;
+    }
+}
+
+} // namespace
+
+} // namespace velmora::tools
+
+int main(int argc, char** argv) {
+    try {
+        return velmora::tools::run(argc, argv);
+    } catch (const std::exception& exception) {
+        std::fprintf(stderr, "velmora-ccx: %s\n", exception.what());
+        return 1;
     }
 }
