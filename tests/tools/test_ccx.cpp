@@ -17,20 +17,83 @@ using Eigen::MatrixXd;
 const std::string job = VELMORA_TEST_BLOCK "/block";
 const std::string mesh = job + ".mesh.inp";
 
+/// All elastic modes, by dense matrices.
+Modes allModes(const SolidModel& model) {
+    const Index n = model.stiffness.rows();
+    MatrixXd mass = MatrixXd::Zero(n, n);
+    for (Index d = 0; d < 3; ++d)
+        mass(Eigen::seqN(d, n / 3, 3), Eigen::seqN(d, n / 3, 3)) = MatrixXd(model.masses);
+    return computeFreeModes(MatrixXd(model.stiffness), mass, static_cast<int>(n));
+}
+
+/// Motion of each surface under loads at each surface, with inertia in balance: sum of phi phi' / omega^2.
+MatrixXd compliance(const std::vector<Interface>& surfaces, const Modes& modes) {
+    MatrixXd shapes(12, modes.shapes.cols());
+    shapes << surfaces[0].motion * modes.shapes, surfaces[1].motion * modes.shapes;
+    const Eigen::VectorXd omega = 2.0 * M_PI * modes.frequencies;
+    return shapes * omega.cwiseAbs2().cwiseInverse().asDiagonal() * shapes.transpose();
+}
+
+/// Masses of 1 kg at the corners of square sections, 1 m apart along x; springs of 1 N/m join all corners
+/// of a section and of neighbours, except across the gap behind section `gap`.
+SolidModel truss(Index sections, double width, Index gap) {
+    const Index n = 4 * sections;
+    SolidModel model;
+    model.positions.resize(3, n);
+    for (Index p = 0; p < n; ++p)
+        model.positions.col(p) << static_cast<double>(p / 4), width * static_cast<double>(p % 2),
+            width * static_cast<double>(p / 2 % 2);
+    MatrixXd K = MatrixXd::Zero(3 * n, 3 * n);
+    for (Index a = 0; a < n; ++a)
+        for (Index b = a + 1; b < n && b / 4 - a / 4 <= 1; ++b) {
+            if (a / 4 == gap && b / 4 != gap)
+                continue;
+            Eigen::VectorXd spring = Eigen::VectorXd::Zero(3 * n);
+            spring.segment<3>(3 * b) = (model.positions.col(b) - model.positions.col(a)).normalized();
+            spring.segment<3>(3 * a) = -spring.segment<3>(3 * b);
+            K += spring * spring.transpose();
+        }
+    model.stiffness = K.sparseView();
+    model.masses = MatrixXd(MatrixXd::Identity(n, n)).sparseView();
+    return model;
+}
+
+std::vector<Interface> endsOf(const SolidModel& model) {
+    const Index n = model.positions.cols();
+    return {{model, {0, 1, 2, 3}}, {model, {n - 4, n - 3, n - 2, n - 1}}};
+}
+
+TEST(SparseModes, StaticShapesOfAVerySlenderPartAreExact) {
+    const SolidModel model = truss(6, 0.002, -1);
+    const Modes reduced = computeSparseModes(model, endsOf(model), 0), whole = allModes(model);
+    ASSERT_EQ(reduced.error + whole.error, "");
+    const MatrixXd a = compliance(endsOf(model), reduced), b = compliance(endsOf(model), whole);
+    const Eigen::VectorXd scale = b.diagonal().cwiseSqrt().cwiseInverse();
+    EXPECT_LT((scale.asDiagonal() * (a - b) * scale.asDiagonal()).cwiseAbs().maxCoeff(), 1e-6);
+}
+
+TEST(SparseModes, RefusePartsThatAreHeldOrApart) {
+    const SolidModel apart = truss(6, 0.5, 2);
+    SolidModel held = truss(6, 0.5, -1);
+    held.stiffness.coeffRef(4, 4) += 0.01;
+    for (const SolidModel& model : {apart, held})
+        for (const int count : {0, 3})
+            EXPECT_EQ(computeSparseModes(model, endsOf(model), count).error,
+                      "the stiffness matrix isn't that of one free body");
+}
+
+TEST(SparseModes, RefuseTheSameSurfaceTwice) {
+    const SolidModel model = truss(6, 0.5, -1);
+    EXPECT_THAT(computeSparseModes(model, {endsOf(model)[0], endsOf(model)[0]}, 3).error,
+                testing::StartsWith("modes and static shapes of the interfaces depend"));
+}
+
 // Two bricks of 0.1 m x 0.08 m x 0.06 m along x, of steel, as CalculiX assembled them.
 class Block : public testing::Test {
   protected:
     void SetUp() override { ASSERT_EQ(part.error, ""); }
 
     Interface surface(const std::string& set) { return {part.model, part.sets.at(set)}; }
-    /// All elastic modes, by dense matrices.
-    Modes allModes() {
-        const Index n = part.model.stiffness.rows();
-        MatrixXd mass = MatrixXd::Zero(n, n);
-        for (Index d = 0; d < 3; ++d)
-            mass(Eigen::seqN(d, n / 3, 3), Eigen::seqN(d, n / 3, 3)) = MatrixXd(part.model.masses);
-        return computeFreeModes(MatrixXd(part.model.stiffness), mass, static_cast<int>(n));
-    }
 
     CcxPart part = readCcxPart(job, mesh);
 };
@@ -51,20 +114,12 @@ TEST_F(Block, HasTheMassAndInertiaOfItsShape) {
 
 TEST_F(Block, LowestModesAndStaticsAreThoseOfTheWholePart) {
     const std::vector<Interface> surfaces{surface("FIRST"), surface("LAST")};
-    const Modes reduced = computeSparseModes(part.model, surfaces, 3), whole = allModes();
+    const Modes reduced = computeSparseModes(part.model, surfaces, 3), whole = allModes(part.model);
     ASSERT_EQ(reduced.error + whole.error, "");
     ASSERT_EQ(reduced.frequencies.size(), 15);
     for (Index j = 0; j < 3; ++j)
         EXPECT_NEAR(reduced.frequencies(j), whole.frequencies(j), 1e-8 * whole.frequencies(j));
-    // Motion of each surface under loads at each surface, with inertia in balance: sum of phi phi' / omega^2.
-    MatrixXd motion(12, 36);
-    motion << surfaces[0].motion, surfaces[1].motion;
-    const auto compliance = [&](const Modes& modes) {
-        const MatrixXd shapes = motion * modes.shapes;
-        const Eigen::VectorXd omega = 2.0 * M_PI * modes.frequencies;
-        return MatrixXd(shapes * omega.cwiseAbs2().cwiseInverse().asDiagonal() * shapes.transpose());
-    };
-    const MatrixXd a = compliance(reduced), b = compliance(whole);
+    const MatrixXd a = compliance(surfaces, reduced), b = compliance(surfaces, whole);
     EXPECT_LT((a - b).cwiseAbs().maxCoeff(), 1e-7 * b.cwiseAbs().maxCoeff());
 }
 
@@ -129,7 +184,7 @@ TEST(CcxProgram, SaysWhatIsWrongWithItsOptions) {
     };
     EXPECT_EQ(exitCode(job, " --interface first=7 --interface LAST=8 --modes 4"), 0);
     EXPECT_EQ(exitCode(job, ""), 2);
-    for (const char* interface : {"first", "first=x", "middle=1", "edge=1"})
+    for (const char* interface : {"first", "first=x", "middle=1", "edge=1", "first=1 --interface last=1"})
         EXPECT_EQ(exitCode(job, std::string(" --interface ").append(interface)), 2) << interface;
     EXPECT_EQ(exitCode("nowhere", " --interface first=1"), 1);
 }

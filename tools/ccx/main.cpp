@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 
@@ -35,6 +36,8 @@ std::string addInterface(const CcxPart& part, const std::string& text, std::vect
     if (mark == std::string::npos || !CLI::detail::lexical_cast(text.substr(mark + 1), label) ||
         label > 99999999)
         return fmt::format("--interface takes SET=LABEL, and not <{}>", text);
+    if (std::ranges::any_of(joints, [&](const Joint& joint) { return joint.label == label; }))
+        return fmt::format("two interfaces have the label {}", label);
     std::string name = text.substr(0, mark);
     std::ranges::transform(name, name.begin(),
                            [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
