@@ -27,9 +27,18 @@ std::string suggest(const std::string& text, const Names& names) {
     return suggestNearName(text, std::vector<std::string>(names.begin(), names.end()));
 }
 
+/// What stands behind the beginning of a numbered key; empty unless it is a number.
+std::string numberBehind(const MBS_KeyInfo& key, const std::string& name) {
+    if (!key.isNumbered || !name.starts_with(key.name))
+        return {};
+    const std::string rest = name.substr(std::string_view(key.name).size());
+    return std::ranges::all_of(rest, [](char c) { return c >= '0' && c <= '9'; }) ? rest : std::string();
+}
+
 const MBS_KeyInfo* findKey(const MBS_BlockTypeInfo& type, const std::string& name) {
-    const auto found =
-        std::ranges::find_if(type.keys, [&](const MBS_KeyInfo& key) { return name == key.name; });
+    const auto found = std::ranges::find_if(type.keys, [&](const MBS_KeyInfo& key) {
+        return key.isNumbered ? !numberBehind(key, name).empty() : name == key.name;
+    });
     return found == type.keys.end() ? nullptr : &*found;
 }
 
@@ -116,6 +125,7 @@ class Checker {
     void checkThatItMakesSomething(const MBS_BlockTypeInfo& type);
     void checkRole(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key);
     void checkFile(const MBS_KeyInfo& key);
+    void checkNumber(const MBS_KeyInfo& key, const std::string& name);
     void checkInertiaOf(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key);
     void checkBodyIDs(const MBS_KeyInfo& key);
     void checkLabel(const MBS_KeyInfo& key, const char* kind, const char* name);
@@ -210,8 +220,22 @@ void Checker::checkKeys(const MBS_BlockTypeInfo& type) {
             keyPlace ? findWrongKind(*key, keyPlace->kinds, getText(*block, name)) : std::string();
         if (!wrongKind.empty())
             report(name, wrongKind);
-        checkRole(type, *key);
+        MBS_KeyInfo given = *key;
+        given.name = name.c_str();
+        checkRole(type, given);
+        if (key->isNumbered)
+            checkNumber(*key, name);
     }
+}
+
+/// The kernel counts from 0 and stops at a gap.
+void Checker::checkNumber(const MBS_KeyInfo& key, const std::string& name) {
+    for (std::size_t k = 0; k < block->keys.size(); ++k)
+        if (key.name + std::to_string(k) == name)
+            return;
+        else if (!block->isKeyInBlock(key.name + std::to_string(k)))
+            return report(name, fmt::format("not read: <{}{}> is missing", key.name, k));
+    report(name, "not read: a number without zeros in front belongs behind <" + std::string(key.name) + ">");
 }
 
 /// The blocks whose keys may call for no object at all.

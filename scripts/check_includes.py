@@ -34,10 +34,11 @@ ALLOWED = {
     "expressions": ["platform", "io", "matrix", "functions", "model", "data_objects", "measures"],
     "constraints": ["platform", "io", "matrix", "fe_import", "model", "bodies", "measures", "expressions"],
     "forces": ["platform", "io", "matrix", "model", "bodies", "data_objects", "measures", "expressions"],
+    "external_forces": ["platform", "io", "matrix", "model", "bodies", "measures", "forces"],
     "global_matrix": ["platform", "io", "matrix", "model", "bodies", "constraints", "forces"],
     "results": ["platform", "io", "matrix", "model", "bodies", "measures", "constraints", "forces"],
     "model/internal": ["platform", "io", "matrix", "model", "bodies", "data_objects", "measures", "expressions",
-                       "constraints", "forces", "global_matrix", "results"],
+                       "constraints", "forces", "external_forces", "global_matrix", "results"],
 }
 KERNEL = "velmora"
 ENTRY = "velmora/velmora.h"  # what it reaches is public

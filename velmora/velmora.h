@@ -2,6 +2,7 @@
 
 // Everything that a solver needs to drive the kernel.
 #include "velmora/expressions/MBS_ExpressionCheck.h"
+#include "velmora/external_forces/ExternalSubroutine.h"
 #include "velmora/fe_import/FeLib_AdamsMtxFileReader.h"
 #include "velmora/fe_import/FeLib_FeModes.h"
 #include "velmora/fe_import/FeLib_FeNodeList.h"

@@ -55,7 +55,7 @@ INSTANTIATE_TEST_SUITE_P(
             {{"BodyIDs", "a, 0"}, {"TorqueExpression", "meaval[x]"}},
             "ERROR: Please check the expression after <TorqueExpression>\nMeasure <x> not found in model! "
             "Check for typos like disp_X instead of dispX, etc!\n\n"},
-        Refusal{"Force", "RigidContact", {}, pending("force: RigidContact")},
+        Refusal{"Force", "ExternalSubroutine", {}, bodyIDsMissing + missing("ForceDirectionType") + "\n"},
         Refusal{"Force", "TireForce", {}, ""}, Refusal{"Force", "ModalForceSubroutine", {}, ""},
         Refusal{"Actor", "Kinematic", {}, "ERROR: Type of actor: Kinematic not valid!\n"},
         Refusal{"Actor", "KinematicActor", {}, pending("actor: KinematicActor")},

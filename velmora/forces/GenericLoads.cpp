@@ -24,17 +24,10 @@ constexpr Wording torqueWording{"TorqueExpression",
                                 "ERROR: Please check the expression after <TorqueExpression>\n",
                                 "ERROR: Check BodyIDs, either Body-Ground or Body-Body Torque is valid\n"};
 
-/// In the place of a load that its block doesn't allow; holds the reason.
-class RefusedLoad final : public MBS_Force {
-  public:
-    using MBS_Force::MBS_Force;
-    using MBS_Force::refuse;
-};
-
 template <class OnOneBody, class BetweenTwo>
 std::unique_ptr<MBS_Force> makeLoad(IO_DataModelBlock* block, MBS_Model* model, const MBS_ModelLookUp& lookUp,
                                     const Wording& wording) {
-    auto refused = std::make_unique<RefusedLoad>(block, model);
+    auto refused = std::make_unique<MBS_RefusedForce>(block, model);
     if (refused->isErrorOccured())
         return refused;
     const auto refuse = [&](const std::string& reason) {

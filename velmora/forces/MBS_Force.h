@@ -93,6 +93,14 @@ class MBS_Force : public MBS_ModelObject {
                        bool anyKind);
 };
 
+/// In the place of a force that its block doesn't allow; holds the reason.
+class MBS_RefusedForce final : public MBS_Force {
+  public:
+    using MBS_Force::MBS_Force;
+    using MBS_Force::refuse;
+    std::string getClassName() const override { return "MBS_RefusedForce"; }
+};
+
 /// A force on one body. Reads "BodyIDs", of which the first counts.
 class MBS_SingleBodyForce : public MBS_Force {
   public:

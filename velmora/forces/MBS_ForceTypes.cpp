@@ -38,10 +38,8 @@ constexpr MBS_ForceType types[] = {
     {"Gravity", MBS_TypeStatus::Available, gravityKeys,
      [](IO_DataModelBlock* block, MBS_Model* model, const MBS_ModelLookUp& lookUp)
          -> std::unique_ptr<MBS_Force> { return std::make_unique<MBS_GravityForce>(block, model, lookUp); }},
-    {"ExternalSubroutine", MBS_TypeStatus::NotInThisBuild, {}, nullptr},
     {"FlexBodyJointForce", MBS_TypeStatus::CreatesNothing, {}, nullptr},
     {"TireForce", MBS_TypeStatus::CreatesNothing, {}, nullptr},
-    {"RigidContact", MBS_TypeStatus::NotInThisBuild, {}, nullptr},
     {"ModalForceSubroutine", MBS_TypeStatus::CreatesNothing, {}, nullptr},
 };
 

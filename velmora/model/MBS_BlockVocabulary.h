@@ -27,6 +27,7 @@ struct MBS_KeyInfo {
     unsigned valueCode;
     bool isRequired = true;
     MBS_KeyRole role = MBS_KeyRole::Plain;
+    bool isNumbered = false; ///< `name` is the beginning of keys that end with 0, 1, ...
 };
 
 /// What building a block of a type comes to.

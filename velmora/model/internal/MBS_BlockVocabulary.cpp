@@ -6,6 +6,7 @@
 #include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/data_objects/MBS_DataObject.h"
 #include "velmora/data_objects/MBS_DataObjectTypes.h"
+#include "velmora/external_forces/MBS_ExternalForceTypes.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/forces/MBS_ForceTypes.h"
 #include "velmora/measures/MBS_Measure.h"
@@ -20,8 +21,9 @@ std::vector<MBS_BlockTypeInfo> MBS_getBlockVocabulary() {
         vocabulary.push_back({"Body", row.type, row.status, row.keys});
     for (const auto& row : MBS_constraintTypes())
         vocabulary.push_back({"Constraint", row.type, row.status, row.keys});
-    for (const auto& row : MBS_forceTypes())
-        vocabulary.push_back({"Force", row.type, row.status, row.keys});
+    for (const auto& rows : {MBS_forceTypes(), MBS_externalForceTypes()})
+        for (const auto& row : rows)
+            vocabulary.push_back({"Force", row.type, row.status, row.keys});
     for (const auto& row : MBS_dataObjectTypes())
         vocabulary.push_back({"DataObject", row.type, row.status, row.keys});
     for (const auto& row : MBS_measureTypes())

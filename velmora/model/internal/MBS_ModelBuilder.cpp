@@ -6,6 +6,7 @@
 #include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/data_objects/MBS_DataObject.h"
 #include "velmora/data_objects/MBS_DataObjectTypes.h"
+#include "velmora/external_forces/MBS_ExternalForceTypes.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/forces/MBS_ForceTypes.h"
 #include "velmora/io/IO_DataModel.h"
@@ -243,6 +244,8 @@ bool MBS_ModelBuilder::areBodiesOfWeld(const Block& block, const std::vector<std
 
 void MBS_ModelBuilder::buildForce(Block& block) {
     const MBS_ForceType* row = findType(MBS_forceTypes(), block.type);
+    if (!row)
+        row = findType(MBS_externalForceTypes(), block.type);
     if (!row)
         return refuse(block, "ERROR: Type of force: " + block.type + " not valid!\n");
     if (row->status == MBS_TypeStatus::CreatesNothing)
