@@ -48,6 +48,29 @@ std::string findReasonInMeasure(const IO_DataModelBlock& measure) {
     return {};
 }
 
+bool isNamedIn(const IO_DataModelBlock& load, const std::string& measure) {
+    if (expressionOf(load).find("[" + measure + "]") != std::string::npos)
+        return true;
+    for (std::size_t k = 0; k < load.keys.size(); ++k)
+        if (load.keys[k].starts_with("Measure_") && toLower(load.values[k]) == measure)
+            return true;
+    return false;
+}
+
+/// What a load leaves out beside its measures.
+std::string findReasonInLoad(const IO_DataModelBlock& load, bool isOwnBlock) {
+    const std::vector<std::string> ids = idsOf(load);
+    const bool isOnOneBody = ids.size() > 1 && ids[1] == "0";
+    const bool hasGlobalFrame =
+        load.type == "GenericForce" ||
+        (load.type == "ExternalSubroutine" && textOf(load, "ForceDirectionType") == "SpaceFixed");
+    if (hasGlobalFrame && isOnOneBody && isOwnBlock)
+        return "a force on one body has blocks for measured bodies alone";
+    if (load.type == "RigidContact" && toLower(textOf(load, "IsNumericJacobiRequired")) == "no")
+        return "the contact is told to leave its derivatives out";
+    return {};
+}
+
 /// A function of one variable with a measure in its argument.
 bool hasMeasureInFunction(const std::string& expression) {
     for (const char* word : {"spl[", "step["})
@@ -89,17 +112,15 @@ std::string KnownDeviations::findReasonInLoads(const Place& row, const Place& co
     for (const IO_DataModelBlock* load : loads) {
         if (!isBodyOf(*load, row))
             continue;
-        const std::string expression = expressionOf(*load);
-        const std::vector<std::string> ids = idsOf(*load);
-        if (load->type == "GenericForce" && ids.size() > 1 && ids[1] == "0" && row.owner == col.owner &&
-            row.kind == col.kind)
-            return "a force on one body has blocks for measured bodies alone";
-        if (hasMeasureInFunction(expression))
+        std::string reason = findReasonInLoad(*load, row.owner == col.owner && row.kind == col.kind);
+        if (!reason.empty())
+            return reason;
+        if (hasMeasureInFunction(expressionOf(*load)))
             return "measures in the argument of a function aren't reached";
         for (const auto& [label, measure] : measures) {
-            if (!isBodyOf(*measure, col) || expression.find("[" + label + "]") == std::string::npos)
+            if (!isBodyOf(*measure, col) || !isNamedIn(*load, label))
                 continue;
-            std::string reason = findReasonInMeasure(*measure);
+            reason = findReasonInMeasure(*measure);
             if (!reason.empty())
                 return reason;
         }

@@ -118,11 +118,13 @@ class Checker {
 
   private:
     void collectNames();
-    void report(const std::string& key, const std::string& problem);
+    void report(const std::string& key, const std::string& problem,
+                Finding::Severity severity = Finding::Severity::Error);
     void checkUuid();
     void checkType();
     void checkKeys(const MBS_BlockTypeInfo& type);
     void checkThatItMakesSomething(const MBS_BlockTypeInfo& type);
+    void checkContact(const MBS_BlockTypeInfo& type);
     void checkRole(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key);
     void checkFile(const MBS_KeyInfo& key);
     void checkNumber(const MBS_KeyInfo& key, const std::string& name);
@@ -155,9 +157,9 @@ void Checker::collectNames() {
     }
 }
 
-void Checker::report(const std::string& key, const std::string& problem) {
+void Checker::report(const std::string& key, const std::string& problem, Finding::Severity severity) {
     const KeyPlace* keyPlace = place->find(key);
-    findings.push_back({Finding::Severity::Error, keyPlace ? keyPlace->line : place->line,
+    findings.push_back({severity, keyPlace ? keyPlace->line : place->line,
                         fmt::format("{} <{}>, key <{}>: {}", block->kind, block->uuid, key, problem)});
 }
 
@@ -200,6 +202,7 @@ void Checker::checkType() {
             report("type", fmt::format("<{}> is not available in this build", type.type));
         if (type.status == MBS_TypeStatus::Available)
             checkKeys(type);
+        checkContact(type);
         return checkThatItMakesSomething(type);
     }
     report("type", fmt::format("unknown type <{}>{}", block->type, suggestNearName(block->type, names)));
@@ -208,7 +211,7 @@ void Checker::checkType() {
 void Checker::checkKeys(const MBS_BlockTypeInfo& type) {
     std::vector<std::string> names{"type", "uuid", "label"};
     for (const MBS_KeyInfo& key : type.keys)
-        names.emplace_back(key.name);
+        names.push_back(key.isNumbered ? std::string(key.name).append("0") : key.name);
     for (const std::string& name : block->keys) {
         const MBS_KeyInfo* key = findKey(type, name);
         if (!key) {
@@ -230,12 +233,16 @@ void Checker::checkKeys(const MBS_BlockTypeInfo& type) {
 
 /// The kernel counts from 0 and stops at a gap.
 void Checker::checkNumber(const MBS_KeyInfo& key, const std::string& name) {
-    for (std::size_t k = 0; k < block->keys.size(); ++k)
-        if (key.name + std::to_string(k) == name)
+    const std::string number = numberBehind(key, name);
+    if (number.size() > 1 && number[0] == '0')
+        return report(name, "not read: the number begins with a zero");
+    for (std::size_t k = 0; k < block->keys.size(); ++k) {
+        const std::string next = key.name + std::to_string(k);
+        if (next == name)
             return;
-        else if (!block->isKeyInBlock(key.name + std::to_string(k)))
-            return report(name, fmt::format("not read: <{}{}> is missing", key.name, k));
-    report(name, "not read: a number without zeros in front belongs behind <" + std::string(key.name) + ">");
+        if (!block->isKeyInBlock(next))
+            return report(name, fmt::format("not read: <{}> is missing", next));
+    }
 }
 
 /// The blocks whose keys may call for no object at all.
@@ -259,6 +266,13 @@ void Checker::checkThatItMakesSomething(const MBS_BlockTypeInfo& type) {
         if (ids.size() == 2 && ids[1] != "0")
             report("BodyIDs", "the second must be \"0\": between two bodies the measure makes nothing");
     }
+}
+
+void Checker::checkContact(const MBS_BlockTypeInfo& type) {
+    const char* const key = "IsNumericJacobiRequired";
+    if (block->kind == "Force" && std::string(type.type) == "RigidContact" && block->isKeyInBlock(key) &&
+        toLower(getText(*block, key)) == "no")
+        report(key, "false: Newton's method will be slow while the bodies touch", Finding::Severity::Warning);
 }
 
 void Checker::checkRole(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key) {

@@ -24,6 +24,7 @@ constexpr MBS_KeyInfo springKeys[] = {
     {"Shape", IO_ValueCode::String, false, MBS_KeyRole::File},
     {"Count", IO_ValueCode::Unsigned, false},
     {"Note", IO_ValueCode::String, false},
+    {"Gauge_", IO_ValueCode::String, false, MBS_KeyRole::MeasureLabel, true},
 };
 constexpr MBS_KeyInfo stoneKeys[] = {
     {"Mass", IO_ValueCode::Double, true, MBS_KeyRole::Mass},
@@ -126,6 +127,11 @@ INSTANTIATE_TEST_SUITE_P(
         Line{"Spring", "BodyIDs = 'link1'", "two UUIDs of bodies belong here, \"0\" for the ground"},
         Line{"Spring", "BodyIDs = ['link1', 0]", "a number where a text belongs"},
         Line{"Spring", "Measure = 'gap'", nullptr},
+        Line{"Spring", "Gauge_0 = 'gap'\nGauge_1 = 'gip'",
+             "no measure has the label <gip>; did you mean <gap>?"},
+        Line{"Spring", "Gauge_0 = 'gap'\nGauge_2 = 'gap'", "not read: <Gauge_1> is missing"},
+        Line{"Spring", "Gauge_0 = 'gap'\nGauge_00 = 'gap'", "not read: the number begins with a zero"},
+        Line{"Spring", "Gauge_x = 'gap'", "unknown key; did you mean <Gauge_0>?"},
         Line{"Spring", "Measure = 'Gip'", "no measure has the label <Gip>; did you mean <gap>?"},
         Line{"Spring", "Curve = 'Table2'", "no data object has the label <Table2>; did you mean <table1>?"},
         Line{"Spring", "Law = 3.5", nullptr}, //
@@ -136,6 +142,17 @@ INSTANTIATE_TEST_SUITE_P(
         Line{"Spring", "Shape = '.'", "there is no file <.>"}, Line{"Spring", "active = 'Yes'", nullptr}, //
         Line{"Spring", "active = 'on'", "a text where true or false belongs"},
         Line{"Spring", "active = 1", "a number where true or false belongs"}));
+
+TEST(StrictChecks, WarnOfContactWithoutDerivatives) {
+    static constexpr MBS_KeyInfo keys[] = {{"IsNumericJacobiRequired", IO_ValueCode::Bool}};
+    const MBS_BlockTypeInfo contact[] = {{"Force", "RigidContact", MBS_TypeStatus::Available, keys}};
+    const std::string block = "[[Force]]\ntype = 'RigidContact'\nuuid = 'a'\nIsNumericJacobiRequired = ";
+    EXPECT_THAT(check(block + "true", contact), ElementsAre());
+    EXPECT_THAT(
+        check(block + "false", contact),
+        ElementsAre("m:4: warning: Force <a>, key <IsNumericJacobiRequired>: false: Newton's method will "
+                    "be slow while the bodies touch"));
+}
 
 TEST(StrictChecks, JudgesTypesAndUuids) {
     EXPECT_THAT(

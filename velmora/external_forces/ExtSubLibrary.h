@@ -19,8 +19,8 @@ class ExtSubLibrary {
   public:
     /// Loads the library and looks up the functions for a force on one body or between two; those of
     /// derivatives only if there are measures. `error` tells what failed: "ERROR: Could not load the dynamic
-    /// library <" + path + ">!\n", "ERROR: Could not find function <" + name + "> in the dynamic library <" +
-    /// path + ">!\n".
+    /// library <" + path + ">!\n" and the reason, "ERROR: Could not find function <" + name + "> in the
+    /// dynamic library <" + path + ">!\n".
     ExtSubLibrary(const std::string& path, unsigned numOfBodies, bool hasMeasures);
 
     /// Has the library make the force.
