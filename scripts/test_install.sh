@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs a build into a scratch folder, builds the minimal driver against it as a project from outside, moves
-# the installation, and runs both programs from there.
+# Installs a build into a scratch folder, moves the installation, builds the minimal driver and the user libraries
+# against it as projects from outside, and runs the programs from there.
 #
 # Usage: scripts/test_install.sh BUILD_DIR [further options for configuring the outside project]
 set -euo pipefail
@@ -25,6 +25,8 @@ cd "$scratch/outside"
 cmake -S . -B build -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$scratch/prefix" "$@"
 cmake --build build
 build/minimal_driver
+cmake -S "$root/examples/user_force" -B user_force -DVELMORA_HEADERS="$scratch/prefix/include"
+cmake --build user_force
 
 if grep -q '^VELMORA_BUILD_DRIVER:BOOL=ON' "$build/CMakeCache.txt"; then
     "$scratch/prefix/bin/velmora" --version
