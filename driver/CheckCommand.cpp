@@ -67,7 +67,7 @@ bool printInitialState(const LoadedModel& loaded) {
     const EquationNames names(&model, loaded.file->dataModel.get());
     HHTSystem system(&model);
     HHTState state(&model);
-    model.copyInitialDataIntoPhysicalDofVector(&state.q, &state.qd);
+    copyInitialState(model, loaded.file->starts, state.q, state.qd);
     system.evaluate(state);
     const MBS_ModelConstraintDofVector& residual = system.constraintResidual;
     const WorstEquation inner(residual.innerConstraints.get()), external(residual.externalConstraints.get());

@@ -78,7 +78,7 @@ ConsistentStart::ConsistentStart(HHTSystem* equations, const EquationNames* equa
       velocityResidual(equations->getModel()) {}
 
 StepResult ConsistentStart::run(HHTState& state) {
-    system->getModel()->copyInitialDataIntoPhysicalDofVector(&q0, &qd0);
+    copyInitialState(*system->getModel(), settings.starts, q0, qd0);
     state.time = 0.0;
     state.q = q0;
     state.qd = qd0;

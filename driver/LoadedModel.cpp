@@ -1,5 +1,6 @@
 #include "driver/LoadedModel.h"
 
+#include "driver/StartSection.h"
 #include "driver/Terminal.h"
 
 #include <fmt/format.h>
@@ -57,10 +58,10 @@ void collectFindings(const Options& options, bool isForRun, ModelFile& file) {
     std::ranges::stable_sort(file.findings, {}, &Finding::line);
 }
 
-void printFindings(const ModelFile& file, const std::string& fileName) {
-    for (const Finding& finding : file.findings)
-        printToStandardError(format(finding, fileName) + "\n",
-                             isError(finding) ? MessageKind::Error : MessageKind::Warning);
+void printFindings(const ModelFile& file, const std::string& fileName, std::size_t first = 0) {
+    for (std::size_t i = first; i < file.findings.size(); ++i)
+        printToStandardError(format(file.findings[i], fileName) + "\n",
+                             isError(file.findings[i]) ? MessageKind::Error : MessageKind::Warning);
 }
 
 bool isKnownType(const std::vector<MBS_BlockTypeInfo>& vocabulary, const IO_DataModelBlock& block) {
@@ -121,6 +122,10 @@ LoadedModel loadModel(const Options& options, bool isForRun) {
         std::make_unique<IO_OutputManager>(getResultDirectory(options, *loaded.file), loaded.file->stem);
     loaded.output->messageChannel->consolePrinter = std::make_unique<StandardErrorPrinter>();
     loaded.model = buildModel(loaded);
+    if (const std::size_t numOfFindings = loaded.file->findings.size(); loaded.model) {
+        checkStarts(*loaded.model, *loaded.file);
+        printFindings(*loaded.file, options.modelFile, numOfFindings);
+    }
     if (std::ranges::any_of(loaded.file->findings, isError))
         loaded.model.reset();
     if (!loaded.model) {

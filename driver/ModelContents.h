@@ -1,5 +1,7 @@
 #pragma once
 
+#include "driver/StartState.h"
+
 #include <velmora/velmora.h>
 
 #include <memory>
@@ -74,6 +76,7 @@ struct ModelFile {
     std::vector<BlockPlace> places;
     SimulationSection simulation;
     std::vector<ModelChange> changes; ///< in rising order of time
+    std::vector<BodyStart> starts;    ///< in the order of the file
     std::vector<std::pair<std::string, std::string>>
         resultKeys;                       ///< section [results], as texts for the kernel
     bool isTableOfMeasuresWanted = false; ///< csv = true

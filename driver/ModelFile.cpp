@@ -3,6 +3,7 @@
 #include "driver/ModelChanges.h"
 #include "driver/ModelSections.h"
 #include "driver/NearName.h"
+#include "driver/StartSection.h"
 #include "driver/TomlValues.h"
 
 #include <fmt/format.h>
@@ -77,6 +78,7 @@ class DocumentReader {
         for (const BlockSource& block : blocks)
             addBlock(block);
         completeChanges(file);
+        completeStarts(file);
     }
 
   private:
@@ -116,13 +118,13 @@ unsigned DocumentReader::getLineOfNextHead(unsigned line) const {
 }
 
 void DocumentReader::readRootEntry(const TableEntry& entry) {
-    if (entry.key == "Change" || std::ranges::find(kinds, entry.key) != kinds.end())
+    if (entry.key == "Change" || entry.key == "Start" || std::ranges::find(kinds, entry.key) != kinds.end())
         return readKind(entry);
     if (entry.key == "model" || entry.key == "simulation" || entry.key == "results")
         return readSection(entry);
     if (!entry.value->is_table() && !entry.value->is_array_of_tables())
         return report(entry.line, fmt::format("key <{}> stands outside of every section", entry.key));
-    std::vector<std::string> names{"model", "simulation", "results", "Change"};
+    std::vector<std::string> names{"model", "simulation", "results", "Change", "Start"};
     names.insert(names.end(), kinds.begin(), kinds.end());
     report(entry.line, fmt::format("unknown section <{}>{}", entry.key, suggestNearName(entry.key, names)));
 }
@@ -149,6 +151,8 @@ void DocumentReader::readKind(const TableEntry& entry) {
     for (const toml::node& element : *entry.value->as_array())
         if (entry.key == "Change")
             readChange(*element.as_table(), file);
+        else if (entry.key == "Start")
+            readStart(*element.as_table(), file);
         else
             blocks.push_back({entry.key, element.source().begin.line, element.as_table()});
 }

@@ -30,6 +30,7 @@ SimulationSettings makeSettings(const Options& options, const ModelFile& file) {
     settings.refuseRedundant = section.refuseRedundant;
     for (const ModelChange& change : file.changes)
         settings.changes.push_back({change.time, change.block});
+    settings.starts = file.starts;
     return settings;
 }
 
