@@ -35,11 +35,11 @@ void ExtSubLibrary::find(const std::string& name, F& function) {
 // two bodies one form for all.
 template <class F>
 void ExtSubLibrary::findForBody(const std::string& name, unsigned body, unsigned numOfBodies, F& function) {
-    const char* const suffixes[] = {"_Body1", "_Body2"};
+    const char* const suffix = body == 0 ? "_Body1" : "_Body2";
     if (numOfBodies == 1 && !library.getFunction<F>(name))
-        function = library.getFunction<F>(name + suffixes[0]);
+        function = library.getFunction<F>(name + suffix);
     if (!function)
-        find(numOfBodies == 1 || hasCommonFunctions ? name : name + suffixes[body], function);
+        find(numOfBodies == 1 || hasCommonFunctions ? name : name + suffix, function);
 }
 
 void ExtSubLibrary::create(std::uint32_t numOfMeasures, const std::string& parameterPath) {
