@@ -5,6 +5,7 @@
 #include "driver/NearName.h"
 #include "driver/Options.h"
 #include "driver/RunCommand.h"
+#include "driver/StaticCommand.h"
 
 #include <velmora/velmora.h>
 
@@ -31,14 +32,36 @@ std::string findErrorInEndTime(const std::string& text) {
     return fmt::format("must be a positive number of seconds, and is {}", text);
 }
 
+std::string findErrorInTime(const std::string& text) {
+    double value = 0.0;
+    if (CLI::detail::lexical_cast(text, value) && std::isfinite(value) && value >= 0.0)
+        return {};
+    return fmt::format("must be a number of seconds that isn't negative, and is {}", text);
+}
+
+CLI::App* addStaticCommand(CLI::App& app, Options& options) {
+    CLI::App* command = addCommand(app, options, "static", "Find a position in which a model stays at rest");
+    command
+        ->add_option("-o,--output", options.resultDirectory,
+                     "Folder of the results; results/<name of the model file> if not given")
+        ->type_name("DIR");
+    command
+        ->add_option("--time", options.time,
+                     "Time of the run, in seconds, whose forces and motions act; 0 if not given")
+        ->type_name("T")
+        ->check(findErrorInTime);
+    command->add_flag("--quiet", options.isQuiet, "Show no results");
+    return command;
+}
+
 /// `words` are those that are neither options nor commands of the program.
 std::string findErrorInCommand(const std::vector<std::string>& words, bool isCommandGiven) {
     if (words.empty())
-        return isCommandGiven ? "" : "a command is missing: run, check or mtx";
+        return isCommandGiven ? "" : "a command is missing: run, check, static or mtx";
     if (words.front().starts_with('-'))
         return fmt::format("unknown option <{}>", words.front());
     return fmt::format("unknown command <{}>{}", words.front(),
-                       suggestNearName(words.front(), {"run", "check", "mtx"}));
+                       suggestNearName(words.front(), {"run", "check", "static", "mtx"}));
 }
 
 } // namespace
@@ -60,6 +83,7 @@ int runProgram(int argc, const char* const* argv) {
     CLI::App* check = addCommand(app, options, "check", "Look for errors and show what a model holds");
     check->add_flag("--derivatives", options.checksDerivatives,
                     "Compare all derivatives of the model with differences");
+    const CLI::App* equilibrium = addStaticCommand(app, options);
     std::string modalFile;
     CLI::App* mtx = app.add_subcommand("mtx", "Look into the modal file of a flexible body");
     mtx->require_subcommand(1);
@@ -78,6 +102,8 @@ int runProgram(int argc, const char* const* argv) {
     }
     if (mtx->parsed())
         return info->parsed() ? showModalFile(modalFile) : checkModalFile(modalFile);
+    if (equilibrium->parsed())
+        return findEquilibrium(options);
     return run->parsed() ? runModel(options) : checkModel(options);
 }
 

@@ -1,24 +1,12 @@
 #include "driver/MeasureTable.h"
 
+#include "driver/CommandSupport.h"
+
 #include <velmora/velmora.h>
 
 #include <fmt/format.h>
 
 namespace velmora::driver {
-
-namespace {
-
-/// A text as a field: in quotes if it holds what separates fields, with quotes of its own doubled.
-std::string toField(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos)
-        return text;
-    std::string field = "\"";
-    for (const char c : text)
-        field += c == '"' ? "\"\"" : std::string(1, c);
-    return field + "\"";
-}
-
-} // namespace
 
 MeasureTable::MeasureTable(MBS_Model* multibodyModel, std::string name)
     : model(multibodyModel),
@@ -28,7 +16,7 @@ MeasureTable::MeasureTable(MBS_Model* multibodyModel, std::string name)
     for (unsigned i = 0; i < model->getNumOfMeasures(); ++i) {
         std::string label;
         model->getMeasureLabel(i, &label);
-        stream << "," << toField(label);
+        stream << "," << toCsvField(label);
     }
     stream << "\n";
 }

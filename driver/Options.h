@@ -16,9 +16,10 @@ enum ExitCode : int {
 /// What the user asked for.
 struct Options {
     std::string modelFile;
-    std::string resultDirectory;    ///< of `run`; empty: results/<stem of the model file>
+    std::string resultDirectory;    ///< of `run` and `static`; empty: results/<stem of the model file>
     std::optional<double> endTime;  ///< of `run`, in seconds; overrides the model file's
-    bool isQuiet = false;           ///< of `run`: neither progress nor summary
+    double time = 0.0;              ///< of `static`, in seconds: of motions and forces
+    bool isQuiet = false;           ///< of `run` and `static`: neither progress nor summary
     bool checksDerivatives = false; ///< of `check`
     bool isLenient = false;         ///< findings of the strict checks are warnings
 };

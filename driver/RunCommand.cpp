@@ -1,49 +1,20 @@
 #include "driver/RunCommand.h"
 
+#include "driver/CommandSupport.h"
 #include "driver/LoadedModel.h"
 #include "driver/MeasureTable.h"
-#include "driver/Redundancy.h"
 #include "driver/Report.h"
 #include "driver/Simulation.h"
 #include "driver/Terminal.h"
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <optional>
 
 namespace velmora::driver {
 
 namespace {
-
-SimulationSettings makeSettings(const Options& options, const ModelFile& file) {
-    const SimulationSection& section = file.simulation;
-    SimulationSettings settings;
-    settings.endTime = options.endTime.value_or(section.endTime.value_or(0.0));
-    settings.step = section.step;
-    settings.fixedStep = section.fixedStep;
-    settings.tolerance = section.tolerance;
-    settings.alpha = section.alpha;
-    settings.startCorrectionLimit = section.startCorrectionLimit;
-    settings.refuseRedundant = section.refuseRedundant;
-    for (const ModelChange& change : file.changes)
-        settings.changes.push_back({change.time, change.block});
-    settings.starts = file.starts;
-    return settings;
-}
-
-bool makeResultDirectory(const std::string& directory) {
-    std::error_code error;
-    std::filesystem::create_directories(directory, error);
-    if (!error && std::filesystem::is_directory(directory))
-        return true;
-    printToStandardError(fmt::format("velmora: the results folder <{}> can't be made{}{}\n", directory,
-                                     error ? ": " : "", error ? error.message() : std::string()),
-                         MessageKind::Error);
-    return false;
-}
 
 /// The section [results] as the result manager reads it; a schedule lasts until the end time unless the
 /// section says otherwise.
@@ -64,16 +35,6 @@ std::vector<std::string> getResultFiles(const IO_OutputManager& output) {
     for (const std::string& kind : output.resultKinds)
         files.push_back(output.getResultFileBase() + "." + kind);
     return files;
-}
-
-void warnOfRedundancy(const std::vector<std::string>& equations, const std::string& modelFile) {
-    if (equations.empty())
-        return;
-    printToStandardError(
-        fmt::format("{}: warning: {} redundant constraint equation{} left out and carr{} no force: {}\n",
-                    modelFile, equations.size(), equations.size() == 1 ? " is" : "s are",
-                    equations.size() == 1 ? "ies" : "y", joinShortly(equations, numOfNamedEquations)),
-        MessageKind::Warning);
 }
 
 } // namespace

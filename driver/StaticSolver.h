@@ -72,7 +72,7 @@ class StaticSolver {
     MBS_ModelPhysicalDofVector q0, direction, massTimesDirection, noForces;
     MBS_ModelConstraintDofVector noViolation;
     HHTState trial;
-    double typicalLength = 1.0, typicalMass = 1.0;
+    double typicalLength = 1.0, typicalMass = 1.0;             // m, kg
     double shift = 0.0, smallestShift = 0.0, firstShift = 0.0; // 1/s^2
     double lastSize = 0.0;
     unsigned numOfIdleSteps = 0;

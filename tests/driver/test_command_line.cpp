@@ -219,7 +219,7 @@ INSTANTIATE_TEST_SUITE_P(
     Cases, ProgramUsage,
     testing::Values(
         Usage{"--version", 0, "velmora 0.1.0 ("}, Usage{"--help", 0, "check"},
-        Usage{"run --help", 0, "--end-time"}, Usage{"", 2, "a command is missing: run, check or mtx"},
+        Usage{"run --help", 0, "--end-time"}, Usage{"", 2, "a command is missing: run, check, static or mtx"},
         Usage{"rnu good.toml", 2, "unknown command <rnu>; did you mean <run>?"},
         Usage{"run", 2, "MODEL is required"}, Usage{"run good.toml --end-tim 3", 2, "--end-tim"},
         Usage{"run good.toml --end-time=-1", 2, "must be a positive number of seconds"},

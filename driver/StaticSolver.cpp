@@ -1,0 +1,382 @@
+#include "driver/StaticSolver.h"
+
+#include "driver/ConsistentStart.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+// Notation: R = Cq' lambda - F(q, t), K = dR/dq, M the mass matrix, s the shift.
+//
+// (1)  multipliers nearest to balance, in the metric of M: M a + Cq' lambda = F, Cq a = 0
+// (2)  step d of the descent: | K + s M  Cq' | | d   |     | R |
+//                             | Cq       0   | | dmu | = - | C |
+//      an implicit step of length 1/s along M dq/dtau = -R, the pseudo-transient continuation of Kelley and
+//      Keyes, SIAM J. Numer. Anal. 35 (1998): small steps go downhill whatever K is, and Newton's method
+//      results as s goes to 0. The shift keeps free turns, which have no stiffness, in place.
+// (3)  after a step: positions nearest in the metric of M with C = 0, then (1)
+//
+// The descent has no potential to look at, as forces are any expressions. It asks instead that the forces at
+// the end of a step don't pull back along the step by more than half of what they pulled forward at its
+// begin: then their work along the step is positive.
+
+namespace velmora::driver {
+
+namespace {
+
+constexpr unsigned maxSteps = 2000;
+constexpr unsigned maxProjections = 20;
+constexpr double negligible = 1e-12; // movements, in typical lengths and radians
+constexpr double noise = 1e-6; // movements below it that don't shrink: rounding, if forces are in balance
+constexpr double projectionNoise = 1e-9;
+constexpr double noiseContraction = 0.3;
+constexpr double balanced = 1e-9;        // forces that nothing balances, as a share of the largest
+constexpr double largestMovement = 0.5;  // of a step
+constexpr double hopelessMovement = 1e4; // typical lengths: nothing stops the body
+constexpr double largestPullBack = 0.5;
+constexpr double goodPrediction = 0.25, badPrediction = 0.75;
+constexpr double smallestShiftShare = 1e-5, largestShiftGrowth = 1e12;
+constexpr unsigned maxIdleSteps = 10;
+constexpr double contradiction = 1e-6; // of an equation left out, in radii of gyration and radians
+constexpr unsigned numOfTimeSteps = 50;
+constexpr double smallestTimeStep = 1e-6; // share of the time
+constexpr unsigned numOfNamedResiduals = 3;
+
+double* data(MBS_ModelPhysicalDofVector& vector) {
+    return vector.dofVector->data;
+}
+
+double multiply(const MBS_ModelPhysicalDofVector& a, const MBS_ModelPhysicalDofVector& b) {
+    return std::inner_product(a.dofVector->data, a.dofVector->data + a.getNumOfDof(), b.dofVector->data, 0.0);
+}
+
+double getLength3(const double* x) {
+    return std::hypot(x[0], x[1], x[2]);
+}
+
+void stopMotion(HHTState& state) {
+    std::fill_n(data(state.qd), state.qd.getNumOfDof(), 0.0);
+    std::fill_n(data(state.qdd), state.qdd.getNumOfDof(), 0.0);
+}
+
+void stopForces(HHTState& state) {
+    std::fill_n(state.lambda.dofVector->data, state.lambda.getNumOfConstraints(), 0.0);
+}
+
+double getMean(const std::vector<double>& values) {
+    return std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
+}
+
+/// Angle between two attitudes by their Euler parameters.
+double getAngle(const double* a, const double* b) {
+    const double sum = std::hypot(std::hypot(a[0] + b[0], a[1] + b[1]), std::hypot(a[2] + b[2], a[3] + b[3]));
+    const double difference =
+        std::hypot(std::hypot(a[0] - b[0], a[1] - b[1]), std::hypot(a[2] - b[2], a[3] - b[3]));
+    return 4.0 * std::atan2(std::min(sum, difference), std::max(sum, difference));
+}
+
+} // namespace
+
+StaticSolver::StaticSolver(HHTSystem* equations, const EquationNames* equationNames,
+                           Redundancy* dependentEquations, const SimulationSettings& simulationSettings)
+    : system(equations),
+      names(equationNames),
+      redundancy(dependentEquations),
+      settings(simulationSettings),
+      q0(equations->getModel()),
+      direction(equations->getModel()),
+      massTimesDirection(equations->getModel()),
+      noForces(equations->getModel()),
+      noViolation(equations->getModel()),
+      trial(equations->getModel()) {
+    std::fill_n(data(noForces), noForces.getNumOfDof(), 0.0);
+    std::fill_n(noViolation.dofVector->data, noViolation.getNumOfConstraints(), 0.0);
+}
+
+StepResult StaticSolver::run(HHTState& state, double time) {
+    report = {};
+    problem.clear();
+    StepResult result = start(state);
+    if (result == StepResult::Converged) {
+        result = moveToTime(state, time);
+        if (result == StepResult::Converged)
+            result = balance(state);
+        if (result == StepResult::Converged)
+            result = descend(state);
+        reportMovement(state);
+    }
+    if (result == StepResult::Converged)
+        return checkLeftOut();
+    if (problem.empty())
+        problem = result == StepResult::NotFinite
+                      ? "A force or a joint gives values that aren't finite on the way to the equilibrium."
+                      : "The equations have no unique solution at a position on the way to the equilibrium.";
+    return result;
+}
+
+StepResult StaticSolver::refuse(std::string text) {
+    problem = std::move(text);
+    return StepResult::NotConverged;
+}
+
+StepResult StaticSolver::start(HHTState& state) {
+    ConsistentStart consistentStart(system, names, redundancy, settings);
+    const StepResult result = consistentStart.run(state);
+    report.start = consistentStart.getReport();
+    if (result == StepResult::NotConverged) {
+        modelIsAtFault = true;
+        return refuse(consistentStart.getProblem());
+    }
+    stopMotion(state);
+    q0 = state.q;
+    typicalLength = system->measureTypicalLength(q0);
+    typicalMass = getMean(system->bodyMasses);
+    return result;
+}
+
+// Driven joints may go far until the time; they are followed in steps that are small for them.
+StepResult StaticSolver::moveToTime(HHTState& state, double time) {
+    double step = time / numOfTimeSteps;
+    while (state.time < time) {
+        trial = state;
+        trial.time = state.time + step < time ? state.time + step : time;
+        const StepResult result = fulfilConstraints(trial);
+        for (unsigned i = 0; i < q0.getNumOfDof(); ++i)
+            data(direction)[i] = data(trial.q)[i] - data(state.q)[i];
+        if (result == StepResult::Converged &&
+            measureMovement(data(direction), typicalLength) <= largestMovement) {
+            state = trial;
+            continue;
+        }
+        step *= 0.5;
+        if (step < smallestTimeStep * time)
+            return refuse(
+                fmt::format("The driven joints can't be moved beyond the time {:.6g} s.", state.time));
+    }
+    return StepResult::Converged;
+}
+
+StepResult StaticSolver::fulfilConstraints(HHTState& state) { // (3)
+    double last = largestMovement;
+    stopForces(state);
+    for (unsigned i = 0; i < maxProjections; ++i) {
+        if (!system->evaluate(state))
+            return StepResult::NotFinite;
+        if (!system->refreshMatrix(state, 0.0, 0.0))
+            return StepResult::Singular;
+        system->solve(data(noForces), system->constraintResidual.dofVector->data);
+        const double size = measureMovement(system->getCorrection().data(), typicalLength);
+        if (size <= negligible || (size <= projectionNoise && size > noiseContraction * last))
+            return StepResult::Converged;
+        if (!(size <= 2.0 * largestMovement))
+            return StepResult::NotConverged;
+        for (unsigned k = 0; k < q0.getNumOfDof(); ++k)
+            data(state.q)[k] += system->getCorrection()[k];
+        last = size;
+    }
+    return StepResult::NotConverged;
+}
+
+StepResult StaticSolver::balance(HHTState& state) { // (1)
+    stopForces(state);
+    if (!system->evaluate(state))
+        return StepResult::NotFinite;
+    if (!system->refreshMatrix(state, 0.0, 0.0))
+        return StepResult::Singular;
+    system->solve(system->residual.dofVector->data, noViolation.dofVector->data);
+    std::copy_n(system->getCorrection().data() + q0.getNumOfDof(), state.lambda.getNumOfConstraints(),
+                state.lambda.dofVector->data);
+    if (!system->evaluate(state))
+        return StepResult::NotFinite;
+    measureForces();
+    return StepResult::Converged;
+}
+
+/// Forces at the last evaluation; torques count over the radius of gyration, modal forces over the square
+/// root of the share of the modal mass in the mass.
+void StaticSolver::measureForces() {
+    report.unbalanced = report.largestForce = 0.0;
+    const auto take = [&](unsigned row, double unit) {
+        const double R = data(system->residual)[row] / unit;
+        const double applied = (data(system->externalForces)[row] - data(system->elasticForces)[row]) / unit;
+        report.unbalanced = std::max(report.unbalanced, std::fabs(R));
+        report.largestForce = std::max({report.largestForce, std::fabs(applied), std::fabs(R + applied),
+                                        std::fabs(data(system->elasticForces)[row] / unit)});
+    };
+    for (unsigned body = 0; body < q0.bodyOffset.size(); ++body) {
+        const unsigned first = q0.bodyOffset[body];
+        const double mass = system->bodyMasses[body], gyration = system->bodyGyrations[body];
+        for (unsigned i = 0; i < q0.bodyDof[body]->size; ++i) {
+            const double modal = system->modalMasses[first + i];
+            if (i < 3)
+                take(first + i, 1.0);
+            else if (i < 7) // a torque enters the rows of Euler parameters twice
+                take(first + i, 2.0 * (gyration > 0.0 ? gyration : typicalLength));
+            else if (modal > 0.0 && mass > 0.0)
+                take(first + i, std::sqrt(modal / mass));
+        }
+    }
+}
+
+StepResult StaticSolver::descend(HHTState& state) {
+    if (report.unbalanced <= negligible * report.largestForce)
+        return StepResult::Converged;
+    const double mass = typicalMass > 0.0 ? typicalMass : 1.0;
+    firstShift = shift = report.unbalanced / (mass * typicalLength);
+    lastSize = largestMovement;
+    numOfIdleSteps = 0;
+    for (; report.iterations < maxSteps; ++report.iterations) {
+        smallestShift = std::max(smallestShiftShare * report.largestForce / (mass * typicalLength),
+                                 firstShift / largestShiftGrowth);
+        Step step;
+        if (const StepResult result = takeStep(state, step); result != StepResult::Converged)
+            return result;
+        if (isRoundingReached(step))
+            return StepResult::Converged;
+        lastSize = step.size;
+        reportMovement(state);
+        if (report.translation.size > hopelessMovement * typicalLength)
+            return refuseWithResiduals(
+                fmt::format("No equilibrium was found: {} moves away without end.", report.translation.body));
+    }
+    return refuseWithResiduals(fmt::format("No equilibrium was found in {} steps.", maxSteps));
+}
+
+/// A step that is accepted, with the kernel's caches at its end.
+StepResult StaticSolver::takeStep(HHTState& state, Step& step) {
+    while (shift <= largestShiftGrowth * firstShift) {
+        step = {};
+        if (const StepResult result = findStep(state, step); result == StepResult::NotFinite)
+            return result;
+        trial = state;
+        for (unsigned i = 0; i < q0.getNumOfDof(); ++i)
+            data(trial.q)[i] += data(direction)[i];
+        const bool isNoise = step.size <= projectionNoise;
+        const bool isDownhill = step.slope < 0.0 || (isNoise && std::isfinite(step.slope));
+        if (isDownhill && fulfilConstraints(trial) == StepResult::Converged &&
+            balance(trial) == StepResult::Converged) {
+            const double slopeAtEnd = multiply(system->residual, direction);
+            const double error = std::fabs((slopeAtEnd - step.predicted) / step.slope);
+            if (isNoise || slopeAtEnd <= -largestPullBack * step.slope) {
+                state = trial;
+                if ((error < goodPrediction || isNoise) && step.length == 1.0)
+                    shift = std::max(0.1 * shift, smallestShift);
+                else if (error > badPrediction)
+                    shift *= 2.0;
+                return StepResult::Converged;
+            }
+        }
+        ++report.rejectedSteps;
+        shift *= 8.0;
+        if (const StepResult result = balance(state); result != StepResult::Converged)
+            return result;
+    }
+    return refuseWithResiduals("No equilibrium was found: the search doesn't get away from a position where "
+                               "forces aren't in balance.");
+}
+
+/// Needs the kernel's caches at the state, with its multipliers.
+StepResult StaticSolver::findStep(const HHTState& state, Step& step) { // (2)
+    if (!system->refreshMatrix(state, 0.0, 1.0 / shift)) {
+        step.slope = 1.0; // as if it went uphill: a larger shift makes the matrix regular
+        return StepResult::Singular;
+    }
+    system->solveForNewtonCorrection(1.0 / shift);
+    for (unsigned i = 0; i < q0.getNumOfDof(); ++i)
+        data(direction)[i] = system->getCorrection()[i] / shift;
+    // Where a body has gone far it may go on in larger steps.
+    const double unit = std::max(typicalLength, report.translation.size);
+    const double size = measureMovement(data(direction), unit);
+    if (!std::isfinite(size))
+        return StepResult::NotFinite;
+    step.length = size > largestMovement ? largestMovement / size : 1.0;
+    step.size = step.length * size;
+    system->multiplyByMass(direction, massTimesDirection);
+    const double slope = multiply(system->residual, direction);
+    const double shifted = shift * multiply(massTimesDirection, direction);
+    step.slope = step.length * slope;
+    step.predicted = step.length * (slope - step.length * (slope + shifted));
+    step.shiftShare = shifted / std::fabs(slope);
+    for (unsigned i = 0; i < q0.getNumOfDof(); ++i)
+        data(direction)[i] *= step.length;
+    return StepResult::Converged;
+}
+
+bool StaticSolver::isRoundingReached(const Step& step) {
+    const bool isShiftSmall = shift <= 10.0 * smallestShift;
+    if (step.size <= negligible && (step.shiftShare < 0.1 || isShiftSmall))
+        return true;
+    const bool isIdle = step.size <= noise && step.size > noiseContraction * lastSize;
+    numOfIdleSteps = isIdle && isShiftSmall ? numOfIdleSteps + 1 : 0;
+    if (report.unbalanced <= balanced * report.largestForce)
+        return numOfIdleSteps > 1;
+    return numOfIdleSteps > maxIdleSteps && step.size <= projectionNoise;
+}
+
+StepResult StaticSolver::checkLeftOut() {
+    const auto violation = redundancy->findViolationOfLeftOut();
+    if (violation.size <= contradiction)
+        return StepResult::Converged;
+    return refuse(fmt::format("{} was left out at the start, since it repeated other equations there, but "
+                              "isn't fulfilled at the equilibrium of the others: it is off by {:.3g} radii "
+                              "of gyration or rad.",
+                              names->getShortName(violation.equation), violation.size));
+}
+
+StepResult StaticSolver::refuseWithResiduals(const std::string& text) {
+    const double* R = data(system->residual);
+    std::vector<unsigned> rows(q0.getNumOfDof());
+    std::iota(rows.begin(), rows.end(), 0U);
+    const auto numOfRows = std::min<std::ptrdiff_t>(numOfNamedResiduals, std::ssize(rows));
+    std::partial_sort(rows.begin(), rows.begin() + numOfRows, rows.end(),
+                      [&](unsigned a, unsigned b) { return std::fabs(R[a]) > std::fabs(R[b]); });
+    std::vector<std::string> largest;
+    for (std::ptrdiff_t i = 0; i < numOfRows; ++i)
+        if (const unsigned row = rows[static_cast<std::size_t>(i)]; R[row] != 0.0)
+            largest.push_back(fmt::format("{} ({:.3g})", names->getName(row), R[row]));
+    return refuse(fmt::format("{} Largest forces without balance: {}.", text,
+                              joinShortly(largest, numOfNamedResiduals)));
+}
+
+/// Root mean square of how far the points of a body move by a change of its place and its modes.
+double StaticSolver::getTranslation(unsigned body, const double* change) const {
+    const double mass = system->bodyMasses[body];
+    const double* modalMass = system->modalMasses.data() + q0.bodyOffset[body];
+    double sum = 0.0;
+    for (unsigned i = 0; i < q0.bodyDof[body]->size; ++i)
+        sum += modalMass[i] * change[i] * change[i]; // without modal mass, in places and turns: 0
+    return std::hypot(getLength3(change), mass > 0.0 ? std::sqrt(sum / mass) : 0.0);
+}
+
+/// Largest movement of a body by a change of all coordinates, in units of length and in radians.
+double StaticSolver::measureMovement(const double* change, double lengthUnit) const {
+    double largest = 0.0;
+    for (unsigned body = 0; body < q0.bodyOffset.size(); ++body) {
+        const double* d = change + q0.bodyOffset[body];
+        const double size =
+            std::max(getTranslation(body, d) / lengthUnit, 2.0 * std::hypot(d[3], getLength3(d + 4)));
+        if (!(size <= largest))
+            largest = size;
+    }
+    return largest;
+}
+
+void StaticSolver::reportMovement(const HHTState& state) {
+    report.translation = report.rotation = {};
+    const auto take = [&](StartReport::Largest& largest, double size, unsigned body) {
+        if (size > largest.size)
+            largest = {size, names->getBodyName(body)};
+    };
+    std::vector<double> change;
+    for (unsigned body = 0; body < q0.bodyOffset.size(); ++body) {
+        const double *from = q0.bodyData(body), *to = state.q.bodyData(body);
+        change.resize(q0.bodyDof[body]->size);
+        std::transform(to, to + change.size(), from, change.begin(), std::minus<>());
+        take(report.translation, getTranslation(body, change.data()), body);
+        take(report.rotation, getAngle(from + 3, to + 3), body);
+    }
+}
+
+} // namespace velmora::driver
