@@ -1,5 +1,6 @@
 #include "velmora/external_forces/ExtSubForce.h"
 
+#include "velmora/forces/LoadBlocks.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/model/MBS_ModelDofVector.h"
 #include "velmora/model/MBS_ModelLookUp.h"
@@ -97,7 +98,7 @@ void fillBodyFixed(MBS_GeneralBodyBodyMatrix& block, const MBS_BodyCommons& comm
         addRotational(D, J(commons.p, own->force));
         addRotational(R, 2.0 * S(own->torque + cross(u, own->force))); // Gbar(e)' w = 2 S(w) e
     }
-    setExtSubBlock(block, D, R);
+    setRows(block, D, R);
 }
 
 void fillSpaceFixed(MBS_GeneralBodyBodyMatrix& block, const MBS_BodyCommons& commons, const Vec3& u,
@@ -105,14 +106,7 @@ void fillSpaceFixed(MBS_GeneralBodyBodyMatrix& block, const MBS_BodyCommons& com
     Mat<4, 7> R = transposeTimes(commons.G(), d.torque) + transposeTimes(J(commons.p, u), d.force);
     if (own)
         addRotational(R, H(own->torque) + E(own->force, u));
-    setExtSubBlock(block, d.force, R);
-}
-
-void setExtSubBlock(MBS_GeneralBodyBodyMatrix& block, const Mat<3, 7>& D, const Mat<4, 7>& R) {
-    std::copy_n(D.data.data(), 9, block.block[Trans][Trans]->data);
-    std::copy_n(D.data.data() + 9, 12, block.block[Trans][Rot]->data);
-    std::copy_n(R.data.data(), 12, block.block[Rot][Trans]->data);
-    std::copy_n(R.data.data() + 12, 16, block.block[Rot][Rot]->data);
+    setRows(block, d.force, R);
 }
 
 } // namespace velmora

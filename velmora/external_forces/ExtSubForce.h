@@ -68,8 +68,6 @@ void fillBodyFixed(MBS_GeneralBodyBodyMatrix& block, const MBS_BodyCommons& comm
 ///     D = df,  R = G' dc + J(e; u)' df;  own: R_e += H(c) + E(f; u)
 void fillSpaceFixed(MBS_GeneralBodyBodyMatrix& block, const MBS_BodyCommons& commons, const Vec3& u,
                     const ExtSubForceState::Derivatives& d, const ExtSubVectors* own);
-/// Writes D = d(force)/dx, 3x7, and R = d(rotational part)/dx, 4x7.
-void setExtSubBlock(MBS_GeneralBodyBodyMatrix& block, const Mat<3, 7>& D, const Mat<4, 7>& R);
 /// Adds a derivative by the Euler parameters of the column body to D or R.
 template <int Rows>
 void addRotational(Mat<Rows, 7>& target, const Mat<Rows, 4>& part) {

@@ -6,7 +6,8 @@ ExtSubLibrary::ExtSubLibrary(const std::string& libraryPath, unsigned numOfBodie
     : library(libraryPath),
       path(libraryPath) {
     if (!library.isLoaded()) {
-        error = "ERROR: Could not load the dynamic library <" + path + ">!\n" + library.getErrorString() + "\n";
+        error =
+            "ERROR: Could not load the dynamic library <" + path + ">!\n" + library.getErrorString() + "\n";
         return;
     }
     hasCommonFunctions = numOfBodies == 1 || library.getFunction<Vector>("get3x1ForceVector");

@@ -1,12 +1,12 @@
 #include "velmora/external_forces/MBS_RiBo_RiBo_Contact.h"
 
 #include "velmora/bodies/MBS_Body.h"
+#include "velmora/forces/LoadBlocks.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/matrix/MBM_DenseMatrix.h"
 #include "velmora/model/MBS_ModelDofVector.h"
 #include "velmora/platform/PCM_Contact.h"
 
-#include <algorithm>
 #include <cstdlib>
 
 namespace velmora {
@@ -185,10 +185,7 @@ void MBS_RiBo_RiBo_Contact_Qe_X::takeDerivatives() {
             ownRotation.addTo(rows.data.data() + 12); // behind the three columns of r
         }
     }
-    std::copy_n(dF.data.data(), 9, block[Trans][Trans]->data);
-    std::copy_n(dF.data.data() + 9, 12, block[Trans][Rot]->data);
-    std::copy_n(rows.data.data(), 12, block[Rot][Trans]->data);
-    std::copy_n(rows.data.data() + 12, 16, block[Rot][Rot]->data);
+    setRows(*this, dF, rows);
 }
 
 } // namespace velmora

@@ -1,5 +1,6 @@
 #include "velmora/external_forces/MBS_RiBo_RiBo_ExtSub.h"
 
+#include "velmora/forces/LoadBlocks.h"
 #include "velmora/model/MBS_ModelDofVector.h"
 #include "velmora/model/MBS_ModelLookUp.h"
 
@@ -111,7 +112,7 @@ void MBS_RiBo_RiBo_ExtSub_BodyFixed_Qe_q_2x::fill(const ExtSubForceState::Deriva
     Mat<4, 7> R = transposeTimes(c2.G(), T) + transposeTimes(J2, D);
     if (own && isColumn(1))
         addRotational(R, H(c1.A * own->torque) + E(c1.A * own->force, point()));
-    setExtSubBlock(*this, D, R);
+    setRows(*this, D, R);
 }
 
 MBS_RiBo_RiBo_ExtSub_SpaceFixed::MBS_RiBo_RiBo_ExtSub_SpaceFixed(IO_DataModelBlock* block, MBS_Model* owner,

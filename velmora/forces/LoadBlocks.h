@@ -3,6 +3,8 @@
 #include "velmora/bodies/RotationAlgebra.h"
 #include "velmora/model/MBS_GeneralBodyBodyMatrix.h"
 
+#include <algorithm>
+
 /// \file
 /// How the derivative D of a vector load fills the block of a row body: D = d(f)/dx of a force at a point, or
 /// d(tau)/dx of a torque, 3x7, global frame, with the sign that the load has on the row body. The places of a
@@ -22,6 +24,14 @@ inline void setForceRows(double* values, const Mat<3, 7>& D, const Mat34& J) {
 /// Q = [0; G' tau], G of the row body, by tau.
 inline void setTorqueRows(double* values, const Mat<3, 7>& D, const Mat34& G) {
     (transpose(G) * D).to(values);
+}
+
+/// Copies the rows of the force, D, and those of the Euler parameters, R, to a block.
+inline void setRows(MBS_GeneralBodyBodyMatrix& target, const Mat<3, 7>& D, const Mat<4, 7>& R) {
+    std::copy_n(D.data.data(), 9, target.block[Trans][Trans]->data);
+    std::copy_n(D.data.data() + 9, 12, target.block[Trans][Rot]->data);
+    std::copy_n(R.data.data(), 12, target.block[Rot][Trans]->data);
+    std::copy_n(R.data.data() + 12, 16, target.block[Rot][Rot]->data);
 }
 
 /// Adds the part that comes from the row body's own rotation at a constant load, to a block of so many
