@@ -16,7 +16,8 @@
 //      an implicit step of length 1/s along M dq/dtau = -R, the pseudo-transient continuation of Kelley and
 //      Keyes, SIAM J. Numer. Anal. 35 (1998): small steps go downhill whatever K is, and Newton's method
 //      results as s goes to 0. The shift keeps free turns, which have no stiffness, in place.
-// (3)  after a step: positions nearest in the metric of M with C = 0, then (1)
+// (3)  after a step: positions nearest in the metric of K + s M with C = 0, so that stiff deformations don't
+//      take up what the step has left of C; then (1)
 //
 // The descent has no potential to look at, as forces are any expressions. It asks instead that the forces at
 // the end of a step don't pull back along the step by more than half of what they pulled forward at its
@@ -29,7 +30,7 @@ namespace {
 constexpr unsigned maxSteps = 2000;
 constexpr unsigned maxProjections = 20;
 constexpr double negligible = 1e-12; // movements, in typical lengths and radians
-constexpr double noise = 1e-6; // movements below it that don't shrink: rounding, if forces are in balance
+constexpr double noise = 1e-6;       // movements below it may be rounding
 constexpr double projectionNoise = 1e-9;
 constexpr double noiseContraction = 0.3;
 constexpr double balanced = 1e-9;        // forces that nothing balances, as a share of the largest
@@ -38,7 +39,7 @@ constexpr double hopelessMovement = 1e4; // typical lengths: nothing stops the b
 constexpr double largestPullBack = 0.5;
 constexpr double goodPrediction = 0.25, badPrediction = 0.75;
 constexpr double smallestShiftShare = 1e-5, largestShiftGrowth = 1e12;
-constexpr unsigned maxIdleSteps = 10;
+constexpr unsigned maxIdleSteps = 8;
 constexpr double contradiction = 1e-6; // of an equation left out, in radii of gyration and radians
 constexpr unsigned numOfTimeSteps = 50;
 constexpr double smallestTimeStep = 1e-6; // share of the time
@@ -90,7 +91,8 @@ StaticSolver::StaticSolver(HHTSystem* equations, const EquationNames* equationNa
       massTimesDirection(equations->getModel()),
       noForces(equations->getModel()),
       noViolation(equations->getModel()),
-      trial(equations->getModel()) {
+      trial(equations->getModel()),
+      best(equations->getModel()) {
     std::fill_n(data(noForces), noForces.getNumOfDof(), 0.0);
     std::fill_n(noViolation.dofVector->data, noViolation.getNumOfConstraints(), 0.0);
 }
@@ -142,7 +144,7 @@ StepResult StaticSolver::moveToTime(HHTState& state, double time) {
     while (state.time < time) {
         trial = state;
         trial.time = state.time + step < time ? state.time + step : time;
-        const StepResult result = fulfilConstraints(trial);
+        const StepResult result = fulfilConstraints(trial, 0.0);
         for (unsigned i = 0; i < q0.getNumOfDof(); ++i)
             data(direction)[i] = data(trial.q)[i] - data(state.q)[i];
         if (result == StepResult::Converged &&
@@ -158,13 +160,13 @@ StepResult StaticSolver::moveToTime(HHTState& state, double time) {
     return StepResult::Converged;
 }
 
-StepResult StaticSolver::fulfilConstraints(HHTState& state) { // (3)
+/// In the metric of M + c2 K.
+StepResult StaticSolver::fulfilConstraints(HHTState& state, double c2) { // (3)
     double last = largestMovement;
-    stopForces(state);
     for (unsigned i = 0; i < maxProjections; ++i) {
         if (!system->evaluate(state))
             return StepResult::NotFinite;
-        if (!system->refreshMatrix(state, 0.0, 0.0))
+        if (!system->refreshMatrix(state, 0.0, c2))
             return StepResult::Singular;
         system->solve(data(noForces), system->constraintResidual.dofVector->data);
         const double size = measureMovement(system->getCorrection().data(), typicalLength);
@@ -225,7 +227,7 @@ StepResult StaticSolver::descend(HHTState& state) {
         return StepResult::Converged;
     const double mass = typicalMass > 0.0 ? typicalMass : 1.0;
     firstShift = shift = report.unbalanced / (mass * typicalLength);
-    lastSize = largestMovement;
+    bestUnbalanced = report.unbalanced;
     numOfIdleSteps = 0;
     for (; report.iterations < maxSteps; ++report.iterations) {
         smallestShift = std::max(smallestShiftShare * report.largestForce / (mass * typicalLength),
@@ -233,9 +235,10 @@ StepResult StaticSolver::descend(HHTState& state) {
         Step step;
         if (const StepResult result = takeStep(state, step); result != StepResult::Converged)
             return result;
-        if (isRoundingReached(step))
-            return StepResult::Converged;
-        lastSize = step.size;
+        if (isRoundingReached(state, step)) {
+            state = best;
+            return balance(state);
+        }
         reportMovement(state);
         if (report.translation.size > hopelessMovement * typicalLength)
             return refuseWithResiduals(
@@ -255,13 +258,13 @@ StepResult StaticSolver::takeStep(HHTState& state, Step& step) {
             data(trial.q)[i] += data(direction)[i];
         const bool isNoise = step.size <= projectionNoise;
         const bool isDownhill = step.slope < 0.0 || (isNoise && std::isfinite(step.slope));
-        if (isDownhill && fulfilConstraints(trial) == StepResult::Converged &&
+        if (isDownhill && fulfilConstraints(trial, 1.0 / shift) == StepResult::Converged &&
             balance(trial) == StepResult::Converged) {
             const double slopeAtEnd = multiply(system->residual, direction);
             const double error = std::fabs((slopeAtEnd - step.predicted) / step.slope);
             if (isNoise || slopeAtEnd <= -largestPullBack * step.slope) {
                 state = trial;
-                if ((error < goodPrediction || isNoise) && step.length == 1.0)
+                if (error < goodPrediction && step.length == 1.0)
                     shift = std::max(0.1 * shift, smallestShift);
                 else if (error > badPrediction)
                     shift *= 2.0;
@@ -304,15 +307,20 @@ StepResult StaticSolver::findStep(const HHTState& state, Step& step) { // (2)
     return StepResult::Converged;
 }
 
-bool StaticSolver::isRoundingReached(const Step& step) {
-    const bool isShiftSmall = shift <= 10.0 * smallestShift;
-    if (step.size <= negligible && (step.shiftShare < 0.1 || isShiftSmall))
+/// True where further steps bring nothing: `best` then is the state nearest to balance.
+bool StaticSolver::isRoundingReached(const HHTState& state, const Step& step) {
+    const bool isBetter = report.unbalanced < 0.9 * bestUnbalanced;
+    numOfIdleSteps = isBetter || step.size > noise ? 0 : numOfIdleSteps + 1;
+    if (isBetter || step.size > noise) {
+        best = state;
+        bestUnbalanced = report.unbalanced;
+    }
+    if (step.size <= negligible && (step.shiftShare < 0.1 || shift <= 10.0 * smallestShift))
         return true;
-    const bool isIdle = step.size <= noise && step.size > noiseContraction * lastSize;
-    numOfIdleSteps = isIdle && isShiftSmall ? numOfIdleSteps + 1 : 0;
-    if (report.unbalanced <= balanced * report.largestForce)
-        return numOfIdleSteps > 1;
-    return numOfIdleSteps > maxIdleSteps && step.size <= projectionNoise;
+    if (step.size <= projectionNoise && report.unbalanced <= negligible * report.largestForce)
+        return true;
+    return numOfIdleSteps >=
+           (report.unbalanced <= balanced * report.largestForce ? maxIdleSteps : 4 * maxIdleSteps);
 }
 
 StepResult StaticSolver::checkLeftOut() {

@@ -52,13 +52,13 @@ class StaticSolver {
     StepResult refuse(std::string text);
     StepResult start(HHTState& state);
     StepResult moveToTime(HHTState& state, double time);
-    StepResult fulfilConstraints(HHTState& state);
+    StepResult fulfilConstraints(HHTState& state, double c2);
     StepResult balance(HHTState& state);
     void measureForces();
     StepResult descend(HHTState& state);
     StepResult takeStep(HHTState& state, Step& step);
     StepResult findStep(const HHTState& state, Step& step);
-    bool isRoundingReached(const Step& step);
+    bool isRoundingReached(const HHTState& state, const Step& step);
     StepResult checkLeftOut();
     StepResult refuseWithResiduals(const std::string& text);
     double getTranslation(unsigned body, const double* change) const;
@@ -71,10 +71,10 @@ class StaticSolver {
     SimulationSettings settings;
     MBS_ModelPhysicalDofVector q0, direction, massTimesDirection, noForces;
     MBS_ModelConstraintDofVector noViolation;
-    HHTState trial;
+    HHTState trial, best;
     double typicalLength = 1.0, typicalMass = 1.0;             // m, kg
     double shift = 0.0, smallestShift = 0.0, firstShift = 0.0; // 1/s^2
-    double lastSize = 0.0;
+    double bestUnbalanced = 0.0;
     unsigned numOfIdleSteps = 0;
     StaticReport report;
     std::string problem;
