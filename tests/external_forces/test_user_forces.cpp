@@ -180,6 +180,21 @@ INSTANTIATE_TEST_SUITE_P(
         BadForce{"ForceDirectionType", "Free", "ERROR: ForceDirectionType <Free> not valid!\n"},
         BadForce{"PointOfApplication_Body1", "0, 0", "Wrong number of arguments"}));
 
+TEST_F(UserForces, BetweenTwoBodiesNameTheirOwnClass) {
+    IO_DataModelBlock* block = addUserForce("no/such.so", "a, b", "SpaceFixed", {});
+    build();
+    EXPECT_THAT(takeMessages(),
+                HasSubstr("ERROR in MBS_RiBo_RiBo_ExtSubForceObject: path to dll does not exist!"));
+    block->replaceValue("Path2Dll", VELMORA_TEST_INCOMPLETE); // has the plain form
+    build();
+    EXPECT_THAT(takeMessages(), HasSubstr("ERROR: Could not find function <get3x1TorqueVector" + incomplete));
+    block->replaceValue("Path2Dll", VELMORA_TEST_PER_BODY);
+    block->addKeyValue("Path2Par", "no/such.par");
+    build();
+    EXPECT_THAT(takeMessages(), HasSubstr("ERROR in MBS_RiBo_RiBo_ExtSubForceObject: path to force parameter "
+                                          "file does not exist!"));
+}
+
 TEST_F(UserForces, LibrariesAreLoadedAndReleasedAHundredTimes) {
     addUserForce(VELMORA_TEST_PLAIN, "a, b", "BodyFixed", {"place"});
     for (int n = 0; n < 100; ++n)
