@@ -202,6 +202,33 @@ void HHTSystem::refreshJacobian(const HHTState& state, double c1, double c2) {
     matrix->update();
 }
 
+double HHTSystem::measureStiffness(const HHTState& state) {
+    const MBM_SparseMat_CSR3& J = *matrix->getPointerToSparseJacobian();
+    const auto end = J.rowIndex[numOfPhysicalDof] - 1;
+    refreshJacobian(state, 0.0, 0.0);
+    std::vector<double> stiffness(J.values, J.values + end);
+    refreshJacobian(state, 0.0, 1.0);
+    std::transform(J.values, J.values + end, stiffness.begin(), stiffness.begin(), std::minus<>());
+    double largest = 0.0;
+    for (unsigned body = 0; body < bodyMasses.size(); ++body) {
+        const double mass = bodyMasses[body], gyration = bodyGyrations[body];
+        for (unsigned i = 0; i < residual.bodyDof[body]->size; ++i) {
+            const unsigned row = residual.bodyOffset[body] + i;
+            const double inertia = i < translationsPerBody ? mass
+                                   : i < translationsPerBody + eulerParametersPerBody
+                                       ? 4.0 * mass * gyration * gyration
+                                       : modalMasses[row];
+            double sum = 0.0;
+            for (unsigned k = J.rowIndex[row] - 1; k < J.rowIndex[row + 1] - 1; ++k)
+                if (J.colIndices[k] <= numOfPhysicalDof)
+                    sum += std::fabs(stiffness[k]);
+            if (inertia > 0.0)
+                largest = std::max(largest, sum / inertia);
+        }
+    }
+    return largest;
+}
+
 bool HHTSystem::refreshMatrix(const HHTState& state, double c1, double c2) {
     refreshJacobian(state, c1, c2);
     return solver->factorise();

@@ -56,6 +56,10 @@ class HHTSystem {
     /// The equations that are left out.
     const std::vector<unsigned>& getLeftOut() const { return leftOut; }
 
+    /// Largest sum of stiffnesses in a row over the inertia of its coordinate, in 1/s^2, at the state of the
+    /// last `evaluate`; allocates. Bodies without mass don't count.
+    double measureStiffness(const HHTState& state);
+
     /// Refreshes and factorises the matrix at the state of the last `evaluate`; false if it is singular.
     bool refreshMatrix(const HHTState& state, double c1, double c2);
 

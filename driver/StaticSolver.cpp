@@ -39,6 +39,8 @@ constexpr double hopelessMovement = 1e4; // typical lengths: nothing stops the b
 constexpr double largestPullBack = 0.5;
 constexpr double goodPrediction = 0.25, badPrediction = 0.75;
 constexpr double smallestShiftShare = 1e-5, largestShiftGrowth = 1e12;
+constexpr double firstShiftShare = 1e-8, roundingOfShift = 1e-13; // of the largest stiffness over inertia
+constexpr double roundingOfPlaces = 1e-15;                        // in typical lengths
 constexpr unsigned maxIdleSteps = 8;
 constexpr double contradiction = 1e-6; // of an equation left out, in radii of gyration and radians
 constexpr unsigned numOfTimeSteps = 50;
@@ -88,7 +90,7 @@ StaticSolver::StaticSolver(HHTSystem* equations, const EquationNames* equationNa
       settings(simulationSettings),
       q0(equations->getModel()),
       direction(equations->getModel()),
-      massTimesDirection(equations->getModel()),
+      work(equations->getModel()),
       noForces(equations->getModel()),
       noViolation(equations->getModel()),
       trial(equations->getModel()),
@@ -223,15 +225,17 @@ void StaticSolver::measureForces() {
 }
 
 StepResult StaticSolver::descend(HHTState& state) {
-    if (report.unbalanced <= negligible * report.largestForce)
+    const double scale = (typicalMass > 0.0 ? typicalMass : 1.0) * typicalLength;
+    const double stiffness = system->measureStiffness(state);
+    forceOfRounding = roundingOfPlaces * stiffness * scale;
+    if (report.unbalanced <= std::max(negligible * report.largestForce, forceOfRounding))
         return StepResult::Converged;
-    const double mass = typicalMass > 0.0 ? typicalMass : 1.0;
-    firstShift = shift = report.unbalanced / (mass * typicalLength);
+    firstShift = shift = std::max(report.unbalanced / scale, firstShiftShare * stiffness);
     bestUnbalanced = report.unbalanced;
     numOfIdleSteps = 0;
     for (; report.iterations < maxSteps; ++report.iterations) {
-        smallestShift = std::max(smallestShiftShare * report.largestForce / (mass * typicalLength),
-                                 firstShift / largestShiftGrowth);
+        smallestShift =
+            std::max(smallestShiftShare * report.largestForce / scale, roundingOfShift * stiffness);
         Step step;
         if (const StepResult result = takeStep(state, step); result != StepResult::Converged)
             return result;
@@ -258,8 +262,9 @@ StepResult StaticSolver::takeStep(HHTState& state, Step& step) {
             data(trial.q)[i] += data(direction)[i];
         const bool isNoise = step.size <= projectionNoise;
         const bool isDownhill = step.slope < 0.0 || (isNoise && std::isfinite(step.slope));
-        if (isDownhill && fulfilConstraints(trial, 1.0 / shift) == StepResult::Converged &&
-            balance(trial) == StepResult::Converged) {
+        if (isDownhill &&
+            fulfilConstraints(trial, 1.0 / std::max(shift, firstShift)) == StepResult::Converged &&
+            staysNear(state, step) && balance(trial) == StepResult::Converged) {
             const double slopeAtEnd = multiply(system->residual, direction);
             const double error = std::fabs((slopeAtEnd - step.predicted) / step.slope);
             if (isNoise || slopeAtEnd <= -largestPullBack * step.slope) {
@@ -280,6 +285,13 @@ StepResult StaticSolver::takeStep(HHTState& state, Step& step) {
                                "forces aren't in balance.");
 }
 
+/// True if the constraints have left most of the step.
+bool StaticSolver::staysNear(const HHTState& state, const Step& step) {
+    for (unsigned i = 0; i < q0.getNumOfDof(); ++i)
+        data(work)[i] = data(trial.q)[i] - state.q.dofVector->data[i] - data(direction)[i];
+    return measureMovement(data(work), lengthUnit) <= largestMovement * step.size + projectionNoise;
+}
+
 /// Needs the kernel's caches at the state, with its multipliers.
 StepResult StaticSolver::findStep(const HHTState& state, Step& step) { // (2)
     if (!system->refreshMatrix(state, 0.0, 1.0 / shift)) {
@@ -290,15 +302,15 @@ StepResult StaticSolver::findStep(const HHTState& state, Step& step) { // (2)
     for (unsigned i = 0; i < q0.getNumOfDof(); ++i)
         data(direction)[i] = system->getCorrection()[i] / shift;
     // Where a body has gone far it may go on in larger steps.
-    const double unit = std::max(typicalLength, report.translation.size);
-    const double size = measureMovement(data(direction), unit);
+    lengthUnit = std::max(typicalLength, report.translation.size);
+    const double size = measureMovement(data(direction), lengthUnit);
     if (!std::isfinite(size))
         return StepResult::NotFinite;
     step.length = size > largestMovement ? largestMovement / size : 1.0;
     step.size = step.length * size;
-    system->multiplyByMass(direction, massTimesDirection);
+    system->multiplyByMass(direction, work);
     const double slope = multiply(system->residual, direction);
-    const double shifted = shift * multiply(massTimesDirection, direction);
+    const double shifted = shift * multiply(work, direction);
     step.slope = step.length * slope;
     step.predicted = step.length * (slope - step.length * (slope + shifted));
     step.shiftShare = shifted / std::fabs(slope);
@@ -317,7 +329,8 @@ bool StaticSolver::isRoundingReached(const HHTState& state, const Step& step) {
     }
     if (step.size <= negligible && (step.shiftShare < 0.1 || shift <= 10.0 * smallestShift))
         return true;
-    if (step.size <= projectionNoise && report.unbalanced <= negligible * report.largestForce)
+    if (step.size <= projectionNoise &&
+        report.unbalanced <= std::max(negligible * report.largestForce, forceOfRounding))
         return true;
     return numOfIdleSteps >=
            (report.unbalanced <= balanced * report.largestForce ? maxIdleSteps : 4 * maxIdleSteps);
@@ -359,12 +372,12 @@ double StaticSolver::getTranslation(unsigned body, const double* change) const {
 }
 
 /// Largest movement of a body by a change of all coordinates, in units of length and in radians.
-double StaticSolver::measureMovement(const double* change, double lengthUnit) const {
+double StaticSolver::measureMovement(const double* change, double unit) const {
     double largest = 0.0;
     for (unsigned body = 0; body < q0.bodyOffset.size(); ++body) {
         const double* d = change + q0.bodyOffset[body];
         const double size =
-            std::max(getTranslation(body, d) / lengthUnit, 2.0 * std::hypot(d[3], getLength3(d + 4)));
+            std::max(getTranslation(body, d) / unit, 2.0 * std::hypot(d[3], getLength3(d + 4)));
         if (!(size <= largest))
             largest = size;
     }

@@ -58,23 +58,25 @@ class StaticSolver {
     StepResult descend(HHTState& state);
     StepResult takeStep(HHTState& state, Step& step);
     StepResult findStep(const HHTState& state, Step& step);
+    bool staysNear(const HHTState& state, const Step& step);
     bool isRoundingReached(const HHTState& state, const Step& step);
     StepResult checkLeftOut();
     StepResult refuseWithResiduals(const std::string& text);
     double getTranslation(unsigned body, const double* change) const;
-    double measureMovement(const double* change, double lengthUnit) const;
+    double measureMovement(const double* change, double unit) const;
     void reportMovement(const HHTState& state);
 
     HHTSystem* system;          // not owned
     const EquationNames* names; // not owned
     Redundancy* redundancy;     // not owned
     SimulationSettings settings;
-    MBS_ModelPhysicalDofVector q0, direction, massTimesDirection, noForces;
+    MBS_ModelPhysicalDofVector q0, direction, work, noForces;
     MBS_ModelConstraintDofVector noViolation;
     HHTState trial, best;
     double typicalLength = 1.0, typicalMass = 1.0;             // m, kg
     double shift = 0.0, smallestShift = 0.0, firstShift = 0.0; // 1/s^2
-    double bestUnbalanced = 0.0;
+    double lengthUnit = 1.0;                                   // m; of movements by the present step
+    double bestUnbalanced = 0.0, forceOfRounding = 0.0;        // N
     unsigned numOfIdleSteps = 0;
     StaticReport report;
     std::string problem;
