@@ -1,5 +1,7 @@
 #include "driver/ConsistentStart.h"
 
+#include "driver/StateMeasures.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -174,22 +176,12 @@ double ConsistentStart::findMovement(const HHTState& state) { // (1)
     double largest = 0.0;
     for (unsigned body = 0; body < state.q.bodyOffset.size(); ++body) {
         const double* dq = system->getCorrection().data() + state.q.bodyOffset[body];
-        const double size =
-            std::max(getPointMovement(body, dq) / typicalLength, 2.0 * std::hypot(dq[3], getLength3(dq + 4)));
+        const double size = std::max(getPointMovement(*system, body, dq) / typicalLength,
+                                     2.0 * std::hypot(dq[3], getLength3(dq + 4)));
         if (!(size <= largest))
             largest = size;
     }
     return largest;
-}
-
-/// Root mean square of how far the points of a body move by a change of its place and its modes.
-double ConsistentStart::getPointMovement(unsigned body, const double* change) const {
-    const double mass = system->bodyMasses[body];
-    const double* modalMass = system->modalMasses.data() + q0.bodyOffset[body];
-    double sum = 0.0;
-    for (unsigned i = 0; i < q0.bodyDof[body]->size; ++i)
-        sum += modalMass[i] * change[i] * change[i]; // without modal mass, in places and turns: 0
-    return std::hypot(getLength3(change), mass > 0.0 ? std::sqrt(sum / mass) : 0.0);
 }
 
 StepResult ConsistentStart::refuseContradiction(const char* what, const Redundancy::Violation& violation) {
@@ -237,7 +229,7 @@ double ConsistentStart::getLargestRate(const HHTState& state) const {
     for (unsigned body = 0; body < state.qd.bodyOffset.size(); ++body) {
         const double* v = state.qd.bodyData(body);
         const double gyration = system->bodyGyrations[body];
-        largest = std::max({largest, gyration > 0.0 ? getPointMovement(body, v) / gyration : 0.0,
+        largest = std::max({largest, gyration > 0.0 ? getPointMovement(*system, body, v) / gyration : 0.0,
                             2.0 * getVectorPart(state.q.bodyData(body) + 3, v + 3)});
     }
     return largest;
@@ -249,7 +241,7 @@ void ConsistentStart::reportMovement(const HHTState& state) {
         double* change = movement.bodyData(body);
         for (unsigned i = 0; i < q0.bodyDof[body]->size; ++i)
             change[i] = to[i] - from[i];
-        takeLarger(report.translation, getPointMovement(body, change), body, *names);
+        takeLarger(report.translation, getPointMovement(*system, body, change), body, *names);
         takeLarger(report.rotation, getAngle(from + 3, to + 3), body, *names);
     }
 }
@@ -259,7 +251,7 @@ void ConsistentStart::reportVelocities(const HHTState& state) {
         double* change = movement.bodyData(body);
         for (unsigned i = 0; i < qd0.bodyDof[body]->size; ++i)
             change[i] = state.qd.bodyData(body)[i] - qd0.bodyData(body)[i];
-        takeLarger(report.velocity, getPointMovement(body, change), body, *names);
+        takeLarger(report.velocity, getPointMovement(*system, body, change), body, *names);
         takeLarger(report.angularVelocity, 2.0 * getVectorPart(state.q.bodyData(body) + 3, change + 3), body,
                    *names);
     }

@@ -37,7 +37,6 @@ class ConsistentStart {
     void reportMovement(const HHTState& state);
     void reportVelocities(const HHTState& state);
     void reportAccelerations(const HHTState& state);
-    double getPointMovement(unsigned body, const double* change) const;
     double getMassNorm(const MBS_ModelPhysicalDofVector& x);
     double getLargestRate(const HHTState& state) const;
 

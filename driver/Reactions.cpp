@@ -50,7 +50,7 @@ Vector getArm(IO_DataModelBlock& block, std::size_t number, const double* place)
 
 Reaction makeReaction(const Vector& arm, const double* q, const double* minusQ) {
     Reaction reaction;
-    reaction.force = {-minusQ[0], -minusQ[1], -minusQ[2]};
+    reaction.force = {0.0 - minusQ[0], 0.0 - minusQ[1], 0.0 - minusQ[2]}; // no negative zeros
     const double Qp[] = {-minusQ[3], -minusQ[4], -minusQ[5], -minusQ[6]};
     const Vector torque = getTorque(q + 3, Qp), shifted = cross(arm, reaction.force);
     for (unsigned i = 0; i < 3; ++i) {

@@ -11,6 +11,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <span>
@@ -109,6 +110,10 @@ void printSummary(const StaticReport& report, double time, const std::vector<std
                                describe(report.rotation, "rad")));
     print("Balance", fmt::format("largest force {:.6g} N, {:.3g} N without balance", report.largestForce,
                                  report.unbalanced));
+    print("Stability", report.growth > 0.0
+                           ? fmt::format("unstable: a small movement away grows e-fold in {:.3g} s",
+                                         1.0 / std::sqrt(report.growth))
+                           : "no small movement away grows");
     for (const std::string& file : files)
         print(file == files.front() ? "Results" : "", file);
 }

@@ -1,6 +1,8 @@
 #include "driver/StaticSolver.h"
 
 #include "driver/ConsistentStart.h"
+#include "driver/Stability.h"
+#include "driver/StateMeasures.h"
 
 #include <fmt/format.h>
 
@@ -41,6 +43,8 @@ constexpr double goodPrediction = 0.25, badPrediction = 0.75;
 constexpr double smallestShiftShare = 1e-5, largestShiftGrowth = 1e12;
 constexpr double firstShiftShare = 1e-8, roundingOfShift = 1e-13; // of the largest stiffness over inertia
 constexpr double roundingOfPlaces = 1e-15;                        // in typical lengths
+constexpr unsigned maxEscapes = 20;
+constexpr double escape = 0.02; // in typical lengths and radians
 constexpr unsigned maxIdleSteps = 8;
 constexpr double contradiction = 1e-6; // of an equation left out, in radii of gyration and radians
 constexpr unsigned numOfTimeSteps = 50;
@@ -55,10 +59,6 @@ double multiply(const MBS_ModelPhysicalDofVector& a, const MBS_ModelPhysicalDofV
     return std::inner_product(a.dofVector->data, a.dofVector->data + a.getNumOfDof(), b.dofVector->data, 0.0);
 }
 
-double getLength3(const double* x) {
-    return std::hypot(x[0], x[1], x[2]);
-}
-
 void stopMotion(HHTState& state) {
     std::fill_n(data(state.qd), state.qd.getNumOfDof(), 0.0);
     std::fill_n(data(state.qdd), state.qdd.getNumOfDof(), 0.0);
@@ -70,14 +70,6 @@ void stopForces(HHTState& state) {
 
 double getMean(const std::vector<double>& values) {
     return std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
-}
-
-/// Angle between two attitudes by their Euler parameters.
-double getAngle(const double* a, const double* b) {
-    const double sum = std::hypot(std::hypot(a[0] + b[0], a[1] + b[1]), std::hypot(a[2] + b[2], a[3] + b[3]));
-    const double difference =
-        std::hypot(std::hypot(a[0] - b[0], a[1] - b[1]), std::hypot(a[2] - b[2], a[3] - b[3]));
-    return 4.0 * std::atan2(std::min(sum, difference), std::max(sum, difference));
 }
 
 } // namespace
@@ -108,7 +100,9 @@ StepResult StaticSolver::run(HHTState& state, double time) {
         if (result == StepResult::Converged)
             result = balance(state);
         if (result == StepResult::Converged)
-            result = descend(state);
+            result = descend(state, 0.0);
+        if (result == StepResult::Converged)
+            result = leaveUnstable(state);
         reportMovement(state);
     }
     if (result == StepResult::Converged)
@@ -150,7 +144,7 @@ StepResult StaticSolver::moveToTime(HHTState& state, double time) {
         for (unsigned i = 0; i < q0.getNumOfDof(); ++i)
             data(direction)[i] = data(trial.q)[i] - data(state.q)[i];
         if (result == StepResult::Converged &&
-            measureMovement(data(direction), typicalLength) <= largestMovement) {
+            measureMovement(*system, data(direction), typicalLength) <= largestMovement) {
             state = trial;
             continue;
         }
@@ -171,7 +165,7 @@ StepResult StaticSolver::fulfilConstraints(HHTState& state, double c2) { // (3)
         if (!system->refreshMatrix(state, 0.0, c2))
             return StepResult::Singular;
         system->solve(data(noForces), system->constraintResidual.dofVector->data);
-        const double size = measureMovement(system->getCorrection().data(), typicalLength);
+        const double size = measureMovement(*system, system->getCorrection().data(), typicalLength);
         if (size <= negligible || (size <= projectionNoise && size > noiseContraction * last))
             return StepResult::Converged;
         if (!(size <= 2.0 * largestMovement))
@@ -194,43 +188,20 @@ StepResult StaticSolver::balance(HHTState& state) { // (1)
                 state.lambda.dofVector->data);
     if (!system->evaluate(state))
         return StepResult::NotFinite;
-    measureForces();
+    const ForceMeasure forces = measureForces(*system, typicalLength);
+    report.unbalanced = forces.unbalanced;
+    report.largestForce = forces.largest;
     return StepResult::Converged;
 }
 
-/// Forces at the last evaluation; torques count over the radius of gyration, modal forces over the square
-/// root of the share of the modal mass in the mass.
-void StaticSolver::measureForces() {
-    report.unbalanced = report.largestForce = 0.0;
-    const auto take = [&](unsigned row, double unit) {
-        const double R = data(system->residual)[row] / unit;
-        const double applied = (data(system->externalForces)[row] - data(system->elasticForces)[row]) / unit;
-        report.unbalanced = std::max(report.unbalanced, std::fabs(R));
-        report.largestForce = std::max({report.largestForce, std::fabs(applied), std::fabs(R + applied),
-                                        std::fabs(data(system->elasticForces)[row] / unit)});
-    };
-    for (unsigned body = 0; body < q0.bodyOffset.size(); ++body) {
-        const unsigned first = q0.bodyOffset[body];
-        const double mass = system->bodyMasses[body], gyration = system->bodyGyrations[body];
-        for (unsigned i = 0; i < q0.bodyDof[body]->size; ++i) {
-            const double modal = system->modalMasses[first + i];
-            if (i < 3)
-                take(first + i, 1.0);
-            else if (i < 7) // a torque enters the rows of Euler parameters twice
-                take(first + i, 2.0 * (gyration > 0.0 ? gyration : typicalLength));
-            else if (modal > 0.0 && mass > 0.0)
-                take(first + i, std::sqrt(modal / mass));
-        }
-    }
-}
-
-StepResult StaticSolver::descend(HHTState& state) {
+StepResult StaticSolver::descend(HHTState& state, double leastShift) {
     const double scale = (typicalMass > 0.0 ? typicalMass : 1.0) * typicalLength;
     const double stiffness = system->measureStiffness(state);
     forceOfRounding = roundingOfPlaces * stiffness * scale;
+    growthToLookAt = std::max(report.largestForce / scale, firstShiftShare * stiffness);
     if (report.unbalanced <= std::max(negligible * report.largestForce, forceOfRounding))
         return StepResult::Converged;
-    firstShift = shift = std::max(report.unbalanced / scale, firstShiftShare * stiffness);
+    firstShift = shift = std::max({report.unbalanced / scale, firstShiftShare * stiffness, leastShift});
     bestUnbalanced = report.unbalanced;
     numOfIdleSteps = 0;
     for (; report.iterations < maxSteps; ++report.iterations) {
@@ -249,6 +220,35 @@ StepResult StaticSolver::descend(HHTState& state) {
                 fmt::format("No equilibrium was found: {} moves away without end.", report.translation.body));
     }
     return refuseWithResiduals(fmt::format("No equilibrium was found in {} steps.", maxSteps));
+}
+
+/// Walks off from an equilibrium that isn't stable, and down again. A start in balance is kept.
+StepResult StaticSolver::leaveUnstable(HHTState& state) {
+    const bool isStart = report.iterations == 0;
+    for (unsigned i = 0; i < maxEscapes && growthToLookAt > 0.0; ++i) {
+        const Instability instability = findInstability(*system, state, growthToLookAt, direction);
+        report.growth = instability.growth;
+        if (!instability.isFound || isStart)
+            return balance(state);
+        const double size = measureMovement(*system, data(direction), typicalLength);
+        HHTState other = state;
+        for (unsigned k = 0; k < q0.getNumOfDof(); ++k)
+            data(other.q)[k] += escape / size * data(direction)[k];
+        const bool isOther = fulfilConstraints(other, 0.5 / instability.growth) == StepResult::Converged &&
+                             balance(other) == StepResult::Converged &&
+                             descend(other, 2.0 * instability.growth) == StepResult::Converged;
+        problem.clear();
+        if (!isOther)
+            return balance(state);
+        for (unsigned k = 0; k < q0.getNumOfDof(); ++k)
+            data(direction)[k] = data(other.q)[k] - data(state.q)[k];
+        if (measureMovement(*system, data(direction), typicalLength) < escape) {
+            report.growth = 0.0; // it comes back: the derivatives of some forces aren't complete
+            return balance(state);
+        }
+        state = other;
+    }
+    return balance(state);
 }
 
 /// A step that is accepted, with the kernel's caches at its end.
@@ -289,7 +289,7 @@ StepResult StaticSolver::takeStep(HHTState& state, Step& step) {
 bool StaticSolver::staysNear(const HHTState& state, const Step& step) {
     for (unsigned i = 0; i < q0.getNumOfDof(); ++i)
         data(work)[i] = data(trial.q)[i] - state.q.dofVector->data[i] - data(direction)[i];
-    return measureMovement(data(work), lengthUnit) <= largestMovement * step.size + projectionNoise;
+    return measureMovement(*system, data(work), lengthUnit) <= largestMovement * step.size + projectionNoise;
 }
 
 /// Needs the kernel's caches at the state, with its multipliers.
@@ -303,7 +303,7 @@ StepResult StaticSolver::findStep(const HHTState& state, Step& step) { // (2)
         data(direction)[i] = system->getCorrection()[i] / shift;
     // Where a body has gone far it may go on in larger steps.
     lengthUnit = std::max(typicalLength, report.translation.size);
-    const double size = measureMovement(data(direction), lengthUnit);
+    const double size = measureMovement(*system, data(direction), lengthUnit);
     if (!std::isfinite(size))
         return StepResult::NotFinite;
     step.length = size > largestMovement ? largestMovement / size : 1.0;
@@ -361,29 +361,6 @@ StepResult StaticSolver::refuseWithResiduals(const std::string& text) {
                               joinShortly(largest, numOfNamedResiduals)));
 }
 
-/// Root mean square of how far the points of a body move by a change of its place and its modes.
-double StaticSolver::getTranslation(unsigned body, const double* change) const {
-    const double mass = system->bodyMasses[body];
-    const double* modalMass = system->modalMasses.data() + q0.bodyOffset[body];
-    double sum = 0.0;
-    for (unsigned i = 0; i < q0.bodyDof[body]->size; ++i)
-        sum += modalMass[i] * change[i] * change[i]; // without modal mass, in places and turns: 0
-    return std::hypot(getLength3(change), mass > 0.0 ? std::sqrt(sum / mass) : 0.0);
-}
-
-/// Largest movement of a body by a change of all coordinates, in units of length and in radians.
-double StaticSolver::measureMovement(const double* change, double unit) const {
-    double largest = 0.0;
-    for (unsigned body = 0; body < q0.bodyOffset.size(); ++body) {
-        const double* d = change + q0.bodyOffset[body];
-        const double size =
-            std::max(getTranslation(body, d) / unit, 2.0 * std::hypot(d[3], getLength3(d + 4)));
-        if (!(size <= largest))
-            largest = size;
-    }
-    return largest;
-}
-
 void StaticSolver::reportMovement(const HHTState& state) {
     report.translation = report.rotation = {};
     const auto take = [&](StartReport::Largest& largest, double size, unsigned body) {
@@ -395,8 +372,8 @@ void StaticSolver::reportMovement(const HHTState& state) {
         const double *from = q0.bodyData(body), *to = state.q.bodyData(body);
         change.resize(q0.bodyDof[body]->size);
         std::transform(to, to + change.size(), from, change.begin(), std::minus<>());
-        take(report.translation, getTranslation(body, change.data()), body);
-        take(report.rotation, getAngle(from + 3, to + 3), body);
+        take(report.translation, getPointMovement(*system, body, change.data()), body);
+        take(report.rotation, getAngleBetween(from + 3, to + 3), body);
     }
 }
 

@@ -16,6 +16,7 @@ struct StaticReport {
     unsigned rejectedSteps = 0;
     double unbalanced = 0.0;          ///< N; largest force that nothing balances, see `largestForce`
     double largestForce = 0.0;        ///< N; largest force on a body; torques over a radius of gyration
+    double growth = 0.0;              ///< 1/s^2; of a movement away, x'' = growth * x; 0 in stable balance
     StartReport::Largest translation; ///< from the initial position, in m
     StartReport::Largest rotation;    ///< from the initial position, in rad
 };
@@ -54,16 +55,14 @@ class StaticSolver {
     StepResult moveToTime(HHTState& state, double time);
     StepResult fulfilConstraints(HHTState& state, double c2);
     StepResult balance(HHTState& state);
-    void measureForces();
-    StepResult descend(HHTState& state);
+    StepResult descend(HHTState& state, double leastShift);
+    StepResult leaveUnstable(HHTState& state);
     StepResult takeStep(HHTState& state, Step& step);
     StepResult findStep(const HHTState& state, Step& step);
     bool staysNear(const HHTState& state, const Step& step);
     bool isRoundingReached(const HHTState& state, const Step& step);
     StepResult checkLeftOut();
     StepResult refuseWithResiduals(const std::string& text);
-    double getTranslation(unsigned body, const double* change) const;
-    double measureMovement(const double* change, double unit) const;
     void reportMovement(const HHTState& state);
 
     HHTSystem* system;          // not owned
@@ -77,6 +76,7 @@ class StaticSolver {
     double shift = 0.0, smallestShift = 0.0, firstShift = 0.0; // 1/s^2
     double lengthUnit = 1.0;                                   // m; of movements by the present step
     double bestUnbalanced = 0.0, forceOfRounding = 0.0;        // N
+    double growthToLookAt = 0.0;                               // 1/s^2
     unsigned numOfIdleSteps = 0;
     StaticReport report;
     std::string problem;

@@ -187,6 +187,29 @@ TEST(Static, WheelThatAMotorTurnsHasNoEquilibrium) {
     EXPECT_THAT(wheel.solver->getProblem(), HasSubstr("body <wheel>, coordinate e"));
 }
 
+// Upright, the pendulum x'' = m g l / (I + m l^2) x stays where it is only as long as nothing else moves.
+TEST(Static, UnstableBalanceIsKeptAtTheStartAndLeftLater) {
+    Static upright;
+    upright.addBody("arm", 2.0, 0.0, 0.3);
+    upright.input.addJoint("hinge", "arm, 0", "0, 0, 0", "dx dy dz ax ay");
+    upright.input.addGravity("0, -9.81, 0");
+    ASSERT_EQ(upright.solve(), StepResult::Converged) << upright.solver->getProblem();
+    EXPECT_EQ(upright.angleOf(0), 0.0);
+    EXPECT_NEAR(upright.solver->getReport().growth, 2.0 * g * 0.3 / (0.01 + 2.0 * 0.09), 1e-6);
+
+    Static onSpring;
+    onSpring.addBody("cart", 1.0, 0.0, 0.0);
+    onSpring.addBody("arm", 2.0, 0.0, 0.3);
+    onSpring.input.addJoint("guide", "cart, 0", "0, 0, 0", "dx dz ax ay az");
+    onSpring.input.addJoint("hinge", "arm, cart", "0, 0, 0", "dx dy dz ax ay");
+    onSpring.addSpring("spring", "cart, 0", "0, 0, 0", "0, -1, 0", "500 * (1 - meaval[spring-length])");
+    onSpring.input.addGravity("0, -9.81, 0");
+    ASSERT_EQ(onSpring.solve(), StepResult::Converged) << onSpring.solver->getProblem();
+    EXPECT_NEAR(onSpring.state->q.bodyData(0)[1], -3.0 * g / 500.0, 1e-10);
+    EXPECT_NEAR(std::fabs(onSpring.angleOf(1)), std::numbers::pi, 1e-9);
+    EXPECT_EQ(onSpring.solver->getReport().growth, 0.0);
+}
+
 TEST(Static, DoorOnTwoHinges) {
     Static door;
     door.addBody("door", 5.0, 1.0, 0.0);
