@@ -1,6 +1,7 @@
 #include "driver/CommandLine.h"
 
 #include "driver/CheckCommand.h"
+#include "driver/EigenCommand.h"
 #include "driver/ModalFileCommand.h"
 #include "driver/NearName.h"
 #include "driver/Options.h"
@@ -54,14 +55,57 @@ CLI::App* addStaticCommand(CLI::App& app, Options& options) {
     return command;
 }
 
+std::string findErrorInPlace(const std::string& text) {
+    if (text == "start" || text == "static" || findErrorInTime(text).empty())
+        return {};
+    return fmt::format("must be start, static or a number of seconds that isn't negative, and is {}", text);
+}
+
+std::string findErrorInNumberOfModes(const std::string& text) {
+    unsigned value = 0;
+    if (CLI::detail::lexical_cast(text, value) && value > 0)
+        return {};
+    return fmt::format("must be a positive number of modes, and is {}", text);
+}
+
+std::string findErrorInFrequency(const std::string& text) {
+    double value = 0.0;
+    if (CLI::detail::lexical_cast(text, value) && std::isfinite(value) && value >= 0.0)
+        return {};
+    return fmt::format("must be a frequency in Hz that isn't negative, and is {}", text);
+}
+
+CLI::App* addEigenCommand(CLI::App& app, Options& options) {
+    CLI::App* command =
+        addCommand(app, options, "eigen", "Find frequencies and damping of small motions about a state");
+    EigenOptions& eigen = options.eigen;
+    command
+        ->add_option("--at", eigen.place,
+                     "About which state: start (if not given), static, or a time of the run in seconds")
+        ->type_name("PLACE")
+        ->check(findErrorInPlace);
+    command->add_option("--modes", eigen.numOfModes, "Number of modes; 20 if not given")
+        ->type_name("N")
+        ->check(findErrorInNumberOfModes);
+    command->add_option("--target", eigen.target, "Frequency near which modes are wanted; 0 if not given")
+        ->type_name("HZ")
+        ->check(findErrorInFrequency);
+    command
+        ->add_option("--frame", eigen.frame,
+                     "Axes of small motions: global (if not given), or body for what turns as one")
+        ->type_name("AXES")
+        ->check(CLI::IsMember({"global", "body"}));
+    return command;
+}
+
 /// `words` are those that are neither options nor commands of the program.
 std::string findErrorInCommand(const std::vector<std::string>& words, bool isCommandGiven) {
     if (words.empty())
-        return isCommandGiven ? "" : "a command is missing: run, check, static or mtx";
+        return isCommandGiven ? "" : "a command is missing: run, check, static, eigen or mtx";
     if (words.front().starts_with('-'))
         return fmt::format("unknown option <{}>", words.front());
     return fmt::format("unknown command <{}>{}", words.front(),
-                       suggestNearName(words.front(), {"run", "check", "static", "mtx"}));
+                       suggestNearName(words.front(), {"run", "check", "static", "eigen", "mtx"}));
 }
 
 } // namespace
@@ -84,6 +128,7 @@ int runProgram(int argc, const char* const* argv) {
     check->add_flag("--derivatives", options.checksDerivatives,
                     "Compare all derivatives of the model with differences");
     const CLI::App* equilibrium = addStaticCommand(app, options);
+    const CLI::App* eigen = addEigenCommand(app, options);
     std::string modalFile;
     CLI::App* mtx = app.add_subcommand("mtx", "Look into the modal file of a flexible body");
     mtx->require_subcommand(1);
@@ -104,6 +149,8 @@ int runProgram(int argc, const char* const* argv) {
         return info->parsed() ? showModalFile(modalFile) : checkModalFile(modalFile);
     if (equilibrium->parsed())
         return findEquilibrium(options);
+    if (eigen->parsed())
+        return findEigenvalues(options);
     return run->parsed() ? runModel(options) : checkModel(options);
 }
 

@@ -13,6 +13,14 @@ enum ExitCode : int {
     SolverFailed = 3
 };
 
+/// What the user asked of `eigen`.
+struct EigenOptions {
+    std::string place = "start";  ///< about which state: "start", "static", or a time of the run in seconds
+    std::string frame = "global"; ///< axes of small motions: "global" or "body"
+    unsigned numOfModes = 20;
+    double target = 0.0; ///< Hz; modes near it are wanted
+};
+
 /// What the user asked for.
 struct Options {
     std::string modelFile;
@@ -21,7 +29,8 @@ struct Options {
     double time = 0.0;              ///< of `static`, in seconds: of motions and forces
     bool isQuiet = false;           ///< of `run` and `static`: neither progress nor summary
     bool checksDerivatives = false; ///< of `check`
-    bool isLenient = false;         ///< findings of the strict checks are warnings
+    EigenOptions eigen;
+    bool isLenient = false; ///< findings of the strict checks are warnings
 };
 
 } // namespace velmora::driver

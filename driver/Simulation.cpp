@@ -59,6 +59,7 @@ class Simulation::Impl {
           record(std::move(recordReport)) {}
 
     RunOutcome run();
+    const HHTState& getState() const { return integrator->getState(); }
 
   private:
     struct Plan {
@@ -389,6 +390,10 @@ Simulation::Simulation(MBS_Model* model, IO_DataModel* dataModel, MBS_ResultFile
                                   std::move(record))) {}
 
 Simulation::~Simulation() = default;
+
+const HHTState& Simulation::getState() const {
+    return impl->getState();
+}
 
 RunOutcome Simulation::run() {
     return impl->run();

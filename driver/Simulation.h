@@ -13,6 +13,8 @@ class MBS_ResultFileManager;
 
 namespace velmora::driver {
 
+struct HHTState;
+
 /// Integrates the equations of motion of a model from time 0 to the end time by the HHT method in index-3
 /// form, with steps of fixed or error-controlled length, and writes results on the way.
 class Simulation {
@@ -33,6 +35,9 @@ class Simulation {
     /// Runs from the initial state. A failure is told in the outcome; the results up to it are written. One
     /// run per object.
     RunOutcome run();
+
+    /// Where a run that succeeded has ended.
+    const HHTState& getState() const;
 
   private:
     class Impl;
