@@ -38,7 +38,7 @@ constexpr double noiseContraction = 0.3;
 constexpr double balanced = 1e-9;        // forces that nothing balances, as a share of the largest
 constexpr double largestMovement = 0.5;  // of a step
 constexpr double hopelessMovement = 1e4; // typical lengths: nothing stops the body
-constexpr double largestPullBack = 0.5;
+constexpr double leastWork = 0.5;        // of a step, twice over the residual times the step at its begin
 constexpr double goodPrediction = 0.25, badPrediction = 0.75;
 constexpr double smallestShiftShare = 1e-5, largestShiftGrowth = 1e12;
 constexpr double firstShiftShare = 1e-8, roundingOfShift = 1e-13; // of the largest stiffness over inertia
@@ -83,6 +83,7 @@ StaticSolver::StaticSolver(HHTSystem* equations, const EquationNames* equationNa
       q0(equations->getModel()),
       direction(equations->getModel()),
       work(equations->getModel()),
+      before(equations->getModel()),
       noForces(equations->getModel()),
       noViolation(equations->getModel()),
       trial(equations->getModel()),
@@ -100,7 +101,7 @@ StepResult StaticSolver::run(HHTState& state, double time) {
         if (result == StepResult::Converged)
             result = balance(state);
         if (result == StepResult::Converged)
-            result = descend(state, 0.0);
+            result = search(state);
         if (result == StepResult::Converged)
             result = leaveUnstable(state);
         reportMovement(state);
@@ -194,6 +195,32 @@ StepResult StaticSolver::balance(HHTState& state) { // (1)
     return StepResult::Converged;
 }
 
+/// Steps as long as the model first. Where they find nothing they may have leapt over a contact or the like;
+/// steps as long as the bodies then.
+StepResult StaticSolver::search(HHTState& state) {
+    const HHTState begin = state;
+    stepUnit = typicalLength;
+    const StepResult result = descend(state, 0.0);
+    if (result != StepResult::NotConverged)
+        return result;
+    const HHTState end = state;
+    const std::string firstProblem = problem;
+    const StaticReport firstReport = report;
+    state = begin;
+    report.iterations = 0;
+    report.translation = {};
+    for (const double gyration : system->bodyGyrations)
+        stepUnit = gyration > 0.0 ? std::min(stepUnit, gyration) : stepUnit;
+    const bool isFound =
+        balance(state) == StepResult::Converged && descend(state, 0.0) == StepResult::Converged;
+    problem = isFound ? std::string() : firstProblem;
+    if (isFound)
+        return StepResult::Converged;
+    report = firstReport;
+    state = end;
+    return StepResult::NotConverged;
+}
+
 StepResult StaticSolver::descend(HHTState& state, double leastShift) {
     const double scale = (typicalMass > 0.0 ? typicalMass : 1.0) * typicalLength;
     const double stiffness = system->measureStiffness(state);
@@ -258,6 +285,7 @@ StepResult StaticSolver::takeStep(HHTState& state, Step& step) {
         if (const StepResult result = findStep(state, step); result == StepResult::NotFinite)
             return result;
         trial = state;
+        before = system->residual;
         for (unsigned i = 0; i < q0.getNumOfDof(); ++i)
             data(trial.q)[i] += data(direction)[i];
         const bool isNoise = step.size <= projectionNoise;
@@ -265,9 +293,10 @@ StepResult StaticSolver::takeStep(HHTState& state, Step& step) {
         if (isDownhill &&
             fulfilConstraints(trial, 1.0 / std::max(shift, firstShift)) == StepResult::Converged &&
             staysNear(state, step) && balance(trial) == StepResult::Converged) {
+            const double slopeAtBegin = multiply(before, direction);
             const double slopeAtEnd = multiply(system->residual, direction);
             const double error = std::fabs((slopeAtEnd - step.predicted) / step.slope);
-            if (isNoise || slopeAtEnd <= -largestPullBack * step.slope) {
+            if (isNoise || slopeAtBegin + slopeAtEnd <= leastWork * step.slope) {
                 state = trial;
                 if (error < goodPrediction && step.length == 1.0)
                     shift = std::max(0.1 * shift, smallestShift);
@@ -285,10 +314,13 @@ StepResult StaticSolver::takeStep(HHTState& state, Step& step) {
                                "forces aren't in balance.");
 }
 
-/// True if the constraints have left most of the step.
+/// Leaves what was moved in all in `direction`; true if the constraints have left most of the step.
 bool StaticSolver::staysNear(const HHTState& state, const Step& step) {
-    for (unsigned i = 0; i < q0.getNumOfDof(); ++i)
-        data(work)[i] = data(trial.q)[i] - state.q.dofVector->data[i] - data(direction)[i];
+    for (unsigned i = 0; i < q0.getNumOfDof(); ++i) {
+        const double moved = data(trial.q)[i] - state.q.dofVector->data[i];
+        data(work)[i] = moved - data(direction)[i];
+        data(direction)[i] = moved;
+    }
     return measureMovement(*system, data(work), lengthUnit) <= largestMovement * step.size + projectionNoise;
 }
 
@@ -302,7 +334,7 @@ StepResult StaticSolver::findStep(const HHTState& state, Step& step) { // (2)
     for (unsigned i = 0; i < q0.getNumOfDof(); ++i)
         data(direction)[i] = system->getCorrection()[i] / shift;
     // Where a body has gone far it may go on in larger steps.
-    lengthUnit = std::max(typicalLength, report.translation.size);
+    lengthUnit = std::max(stepUnit, 0.2 * report.translation.size);
     const double size = measureMovement(*system, data(direction), lengthUnit);
     if (!std::isfinite(size))
         return StepResult::NotFinite;

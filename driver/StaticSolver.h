@@ -55,6 +55,7 @@ class StaticSolver {
     StepResult moveToTime(HHTState& state, double time);
     StepResult fulfilConstraints(HHTState& state, double c2);
     StepResult balance(HHTState& state);
+    StepResult search(HHTState& state);
     StepResult descend(HHTState& state, double leastShift);
     StepResult leaveUnstable(HHTState& state);
     StepResult takeStep(HHTState& state, Step& step);
@@ -69,11 +70,12 @@ class StaticSolver {
     const EquationNames* names; // not owned
     Redundancy* redundancy;     // not owned
     SimulationSettings settings;
-    MBS_ModelPhysicalDofVector q0, direction, work, noForces;
+    MBS_ModelPhysicalDofVector q0, direction, work, before, noForces;
     MBS_ModelConstraintDofVector noViolation;
     HHTState trial, best;
     double typicalLength = 1.0, typicalMass = 1.0;             // m, kg
     double shift = 0.0, smallestShift = 0.0, firstShift = 0.0; // 1/s^2
+    double stepUnit = 1.0;                                     // m; of the longest steps near the start
     double lengthUnit = 1.0;                                   // m; of movements by the present step
     double bestUnbalanced = 0.0, forceOfRounding = 0.0;        // N
     double growthToLookAt = 0.0;                               // 1/s^2
