@@ -43,13 +43,14 @@ class MakeModels(unittest.TestCase):
         self.check("four-bar", write("make_four_bar.py", "5").stdout, 1)
         self.check("four-bar with hinges", write("make_four_bar.py", "5", "--hinges").stdout, 1, 15)
         self.check("chain", write("make_chain.py", "7").stdout, 21)
+        self.check("catenary", write("make_catenary.py", "8", "--upwards").stdout, 21)
 
     def test_models_with_references_have_their_freedom(self):
         for name in MODELS:
             self.check(name, model_text(name, 1e-3), FREEDOM.get(name, 1))
 
     def test_numbers_of_links_are_checked(self):
-        for script in ("make_four_bar.py", "make_chain.py"):
+        for script in ("make_four_bar.py", "make_chain.py", "make_catenary.py"):
             for count in ("0", "two"):
                 self.assertEqual(write(script, count).returncode, 2, f"{script} {count}")
 
