@@ -27,7 +27,6 @@ using Complex = std::complex<double>;
 constexpr double rankTolerance = 1e-9;
 constexpr double rounding = 1e-12; // of matrices that should be symmetric or zero
 constexpr double zeroShare = 2e-7; // of the reference: double eigenvalues lose half of the digits
-constexpr double zeroShareOfDifferences = 1e-4;
 constexpr double realShare = 1e-9; // imaginary part of a real eigenvalue, over its size
 
 /// Shape in scaled coordinates and eigenvalue.
@@ -188,7 +187,7 @@ EigenModes findModes(const LinearEquations& equations, const EigenSettings& sett
         settings.method == Method::Dense || (settings.method == Method::Automatic && n <= largestDenseSize);
     EigenModes result;
     result.degreesOfFreedom = n - static_cast<unsigned>(scaled.Cq.rows());
-    result.zeroLimit = (equations.isByDifferences ? zeroShareOfDifferences : zeroShare) * scaled.reference;
+    result.zeroLimit = std::max(zeroShare * scaled.reference, std::sqrt(equations.doubt));
     if (isDense) {
         result.modes = solveDense(scaled);
         result.isComplete = true;

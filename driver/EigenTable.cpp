@@ -15,7 +15,7 @@ namespace {
 constexpr double hertz = 2.0 * std::numbers::pi; // rad/s
 constexpr double noise = 1e-9;                   // share of a size that isn't worth a digit
 constexpr double growthThatCounts = 1e-7;        // the same for telling growth
-constexpr double smallestAmplitude = 0.05;       // of the largest one, in the metric of the masses
+constexpr double smallestAmplitude = 0.01;       // of the largest one, in the metric of the masses
 constexpr std::size_t numOfCoordinates = 4;
 
 struct Amplitude {
@@ -87,7 +87,7 @@ void printSummary(const LinearEquations& equations, const EigenModes& found, con
         print("", fmt::format("it moves, or isn't in balance ({:.3g} 1/s): the coefficients are frozen",
                               equations.rate));
     if (equations.isByDifferences)
-        print("", "by differences: the model's own derivatives leave terms out");
+        print("", "terms that the derivatives of the kernel leave out are differences of forces");
     print("Freedom", fmt::format("{} degrees of freedom; {} equations of joints have no finite eigenvalues",
                                  found.degreesOfFreedom, equations.Cq.rows()));
     if (found.numOfZeros > 0)
@@ -96,8 +96,8 @@ void printSummary(const LinearEquations& equations, const EigenModes& found, con
     const auto numOfGrowing = std::ranges::count_if(found.modes, [](const EigenMode& mode) {
         return mode.value.real() > growthThatCounts * std::abs(mode.value);
     });
-    print("Stability", numOfGrowing > 0 ? fmt::format("{} of the modes below grow", numOfGrowing)
-                                        : "none of the modes below grows");
+    print("Stability", numOfGrowing > 0 ? fmt::format("unstable: {} of these modes", numOfGrowing)
+                                        : "none of these modes grows");
     print("Modes", fmt::format("{}{}", found.modes.size(), found.isComplete ? ", which are all" : ""));
 }
 

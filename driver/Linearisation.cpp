@@ -9,7 +9,7 @@
 // Notation: T of `SmallMotions`, dashes for derivatives along the motion; R the residual of `HHTSystem`.
 //
 // (1)  M^ = T^t M T,   C^ = T^t (2 M T' + D T),   K^ = T^t (M T'' + D T' + K T),   Cq^ = Cq T
-// (2)  column j of K^: d/dx of T^t R(q + T x, qd + T' x, qdd + T'' x); of C^: T^t R(q, qd + T v, qdd + 2 T'
+// (2)  products with K^: d/dx of T^t R(q + T x, qd + T' x, qdd + T'' x); of C^: T^t R(q, qd + T v, qdd + 2 T'
 // v) (3)  dF/dt = (8 (F(h) - F(-h)) - (F(2h) - F(-2h))) / (12 h), at q + qd h + qdd h^2 / 2: the unknown
 // third
 //      derivative of q costs a term in h^2, which the formula takes out too
@@ -85,7 +85,7 @@ class Linearisation::Impl {
     void computeRates(const HHTState& state, LinearEquations& out);
     Vector difference(const HHTState& state, Order order, const Vector& x, double step);
     bool agrees(const HHTState& state, Order order, const Matrix& matrix);
-    Matrix differentiate(const HHTState& state, Order order);
+    void completeByDifferences(const HHTState& state, Order order, LinearEquations& out);
     double getStep(Order order) const {
         return order == Order::Position ? positionStep : velocityStep * std::max(1.0, rate);
     }
@@ -184,10 +184,9 @@ LinearEquations Linearisation::Impl::compute(const HHTState& state) {
     out.C = Tt * Matrix(2.0 * (M * motions.rate) + D * T);
     out.K = Tt * Matrix(M * motions.acceleration + D * motions.rate + K * T);
     out.isByDifferences = !agrees(state, Order::Position, out.K) || !agrees(state, Order::Velocity, out.C);
-    if (out.isByDifferences) {
-        out.K = differentiate(state, Order::Position);
-        out.C = differentiate(state, Order::Velocity);
-    }
+    if (out.isByDifferences)
+        for (const Order order : {Order::Position, Order::Velocity})
+            completeByDifferences(state, order, out);
     evaluateAt(state);
     return out;
 }
@@ -263,18 +262,27 @@ bool Linearisation::Impl::agrees(const HHTState& state, Order order, const Matri
     return true;
 }
 
-Matrix Linearisation::Impl::differentiate(const HHTState& state, Order order) {
+/// Takes differences where the matrix doesn't agree with them, beyond what they are sure of.
+void Linearisation::Impl::completeByDifferences(const HHTState& state, Order order, LinearEquations& out) {
+    Matrix& matrix = order == Order::Position ? out.K : out.C;
+    const Vector masses = out.M.diagonal().cwiseSqrt();
     std::vector<Eigen::Triplet<double>> entries;
     for (Eigen::Index j = 0; j < sizes.size(); ++j) {
-        const Vector column =
-            difference(state, order, Vector::Unit(sizes.size(), j), getStep(order) * sizes[j]);
-        for (Eigen::Index i = 0; i < column.size(); ++i)
-            if (column[i] != 0.0)
-                entries.emplace_back(i, j, column[i]);
+        const Vector x = Vector::Unit(sizes.size(), j);
+        const double step = getStep(order) * sizes[j];
+        const Vector fine = difference(state, order, x, step);
+        const Vector noise = sizes.cwiseProduct(fine - difference(state, order, x, 2.0 * step)).cwiseAbs();
+        const Vector own = matrix.col(j);
+        for (Eigen::Index i = 0; i < own.size(); ++i) {
+            const double doubt = noiseFactor * noise.maxCoeff() / sizes[i];
+            const bool isSame = std::fabs(fine[i] - own[i]) <= sameProduct * std::fabs(own[i]) + doubt;
+            if (const double value = isSame ? own[i] : fine[i]; value != 0.0)
+                entries.emplace_back(i, j, value);
+            if (order == Order::Position)
+                out.doubt = std::max(out.doubt, doubt / (masses[i] * masses[j]));
+        }
     }
-    Matrix result(sizes.size(), sizes.size());
-    result.setFromTriplets(entries.begin(), entries.end());
-    return result;
+    matrix.setFromTriplets(entries.begin(), entries.end());
 }
 
 Linearisation::Linearisation(HHTSystem* system, PerturbationFrame frame)

@@ -20,7 +20,8 @@ struct LinearEquations {
     Matrix CqRate, MRate;             ///< dCq/dt and dM/dt along the motion
     std::vector<unsigned> bodyOffset; ///< per body its first small motion, and n at the end
     double rate = 0.0;                ///< 1/s; how fast the state moves: 0 at rest without accelerations
-    bool isByDifferences = false; ///< C and K are differences of forces: the kernel leaves derivatives out
+    bool isByDifferences = false;     ///< entries of C and K that the kernel leaves out are differences
+    double doubt = 0.0;               ///< 1/s^2; what differences leave open in K, over the masses
 };
 
 /// Makes the equations of small motions. With the columns of T along the motions that a body can make, and
@@ -31,7 +32,7 @@ struct LinearEquations {
 ///     M^ = T^t M T,   C^ = T^t (2 M T' + D T),   K^ = T^t (M T'' + D T' + K T),   Cq^ = Cq T
 ///
 /// The matrices M, D, K and Cq are the kernel's. What their derivatives leave out shows when products with
-/// random motions are compared with differences of residuals: then all columns are made by differences.
+/// random motions are compared with differences of residuals: then entries that differ are made so.
 class Linearisation {
   public:
     /// The system isn't owned; its choice of equations left out counts.
