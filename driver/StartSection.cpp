@@ -47,7 +47,7 @@ std::string readKey(const TableEntry& entry, BodyStart& start) {
     if (entry.key == "Position")
         return read(3, start.position);
     if (entry.key == "EulerParameters") {
-        const std::string problem = read(4, start.eulerParameters);
+        std::string problem = read(4, start.eulerParameters);
         const auto& p = start.eulerParameters;
         const double norm = std::sqrt(std::inner_product(p.begin(), p.end(), p.begin(), 0.0));
         if (problem.empty() && !(std::fabs(norm - 1.0) <= largestNormError))

@@ -87,7 +87,7 @@ Table listReactions(const std::vector<Reaction>& reactions) {
         std::vector<double> numbers;
         for (const auto& vector : {reaction.point, reaction.force, reaction.moment})
             numbers.insert(numbers.end(), vector.begin(), vector.end());
-        table.rows.push_back({{reaction.joint, reaction.body}, std::move(numbers)});
+        table.rows.emplace_back(std::vector<std::string>{reaction.joint, reaction.body}, std::move(numbers));
     }
     return table;
 }
