@@ -39,7 +39,7 @@ constexpr double negligible = 1e-12; // what is left of a column that says nothi
 constexpr double sameValue = 1e-8;
 constexpr Eigen::Index vectorsPerMode = 12;
 constexpr Eigen::Index smallestLimit = 150;
-constexpr double growthBetweenTests = 1.25;
+constexpr double growthBetweenTests = 1.4;
 
 class ShiftInvert {
   public:
@@ -117,7 +117,7 @@ class KrylovSpace {
   private:
     void append(MatrixXcd block);
     const ShiftInvert& op;
-    MatrixXcd V, OpV;
+    MatrixXcd V, OpV, H;
 };
 
 KrylovSpace::KrylovSpace(const ShiftInvert& shiftInvert) : op(shiftInvert) {
@@ -151,6 +151,9 @@ void KrylovSpace::append(MatrixXcd block) {
         return;
     OpV.conservativeResize(Eigen::NoChange, V.cols());
     OpV.rightCols(added) = op.apply(V.rightCols(added));
+    H.conservativeResize(V.cols(), V.cols());
+    H.rightCols(added) = V.adjoint() * OpV.rightCols(added);
+    H.bottomLeftCorner(added, before) = V.rightCols(added).adjoint() * OpV.leftCols(before);
 }
 
 bool KrylovSpace::grow() {
@@ -160,7 +163,6 @@ bool KrylovSpace::grow() {
 }
 
 std::vector<EigenMode> KrylovSpace::findConverged() const { // (3)
-    const MatrixXcd H = V.adjoint() * OpV;
     const Eigen::ComplexEigenSolver<MatrixXcd> solver(H);
     std::vector<Eigen::Index> order(static_cast<std::size_t>(H.rows()));
     for (std::size_t i = 0; i < order.size(); ++i)
