@@ -90,6 +90,8 @@ StepResult ConsistentStart::run(HHTState& state) {
     StepResult result = leaveOutRedundantEquations(state);
     if (result == StepResult::Converged)
         result = fulfilPositions(state);
+    if (settings.positionsOnly)
+        return result;
     if (result == StepResult::Converged)
         result = fulfilVelocities(state);
     if (result == StepResult::Converged)

@@ -37,6 +37,7 @@ struct SimulationSettings {
     /// In rising order of time. A step ends where a change is due; a fixed step takes up what has become due
     /// at its end. Results at the time of a change still show the state before it.
     std::vector<ScheduledChange> changes = {};
+    bool positionsOnly = false;         ///< velocities and accelerations of the start don't matter
     std::vector<BodyStart> starts = {}; ///< bodies that start elsewhere than the model puts them
 };
 

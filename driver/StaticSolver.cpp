@@ -53,6 +53,7 @@ StaticSolver::StaticSolver(HHTSystem* equations, const EquationNames* equationNa
       noViolation(equations->getModel()),
       trial(equations->getModel()),
       best(equations->getModel()) {
+    settings.positionsOnly = true;
     std::fill_n(data(noForces), noForces.getNumOfDof(), 0.0);
     std::fill_n(noViolation.dofVector->data, noViolation.getNumOfConstraints(), 0.0);
 }

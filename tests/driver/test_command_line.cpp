@@ -107,6 +107,34 @@ TEST_F(Program, ChecksWithoutRunning) {
               "by --end-time\nfalling.toml: the model has errors\n");
 }
 
+TEST_F(Program, FindsARestThatARunKeeps) {
+    const std::string hinge =
+        "[[Constraint]]\ntype = 'Generic'\nuuid = 'hinge, left'\nBodyIDs = ['stone', '0']\n"
+        "Location = [1, 0, 0]\ndxFixed = true\ndyFixed = true\ndzFixed = true\n"
+        "axFixed = true\nazFixed = true\n";
+    write("model.toml", falling + hinge);
+    ASSERT_EQ(run("static model.toml"), 0) << messages;
+    EXPECT_THAT(out,
+                HasSubstr("Moved             at most 1.41 m (body <stone>) and 1.57 rad (body <stone>)\n"));
+    EXPECT_THAT(out, HasSubstr("Stability         no small movement away grows\n"));
+    EXPECT_THAT(out, HasSubstr("Results           results/model/model_static.toml\n"));
+    const std::string reactions = readText(folder / "results/model/model_reactions.csv");
+    EXPECT_THAT(reactions, StartsWith("joint,on body,x [m],y [m],z [m],Fx [N],Fy [N],Fz [N],Mx [Nm],"));
+    EXPECT_THAT(reactions, HasSubstr("\n\"hinge, left\",stone,1,0,"));
+    EXPECT_THAT(readText(folder / "results/model/model_positions.csv"), HasSubstr(",0,-1,0.70710678"));
+    ASSERT_EQ(run("run results/model/model_static.toml -o again"), 0) << messages;
+    EXPECT_THAT(out, HasSubstr("Start positions   fulfil the constraints as they are\n"));
+    EXPECT_THAT(out, ContainsRegex("accelerations of at most [0-9.]+e-[0-9]+ m"));
+
+    write("model.toml", falling);
+    EXPECT_EQ(run("static model.toml"), 3);
+    EXPECT_THAT(messages,
+                StartsWith("velmora: No equilibrium was found: body <stone> moves away without end."));
+    EXPECT_THAT(out, IsEmpty());
+    EXPECT_EQ(run("static none.toml"), 2);
+    EXPECT_EQ(run("static model.toml --time -1"), 2);
+}
+
 TEST_F(Program, NamesRedundantEquations) {
     const auto hinge = [](const std::string& name, const std::string& height) {
         return "[[Constraint]]\ntype = 'Generic'\nuuid = '" + name +
@@ -217,21 +245,23 @@ TEST_P(ProgramUsage, GivesExitCodeAndMessage) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, ProgramUsage,
-    testing::Values(
-        Usage{"--version", 0, "velmora 0.1.0 ("}, Usage{"--help", 0, "check"},
-        Usage{"run --help", 0, "--end-time"}, Usage{"", 2, "a command is missing: run, check, static or mtx"},
-        Usage{"rnu good.toml", 2, "unknown command <rnu>; did you mean <run>?"},
-        Usage{"run", 2, "MODEL is required"}, Usage{"run good.toml --end-tim 3", 2, "--end-tim"},
-        Usage{"run good.toml --end-time=-1", 2, "must be a positive number of seconds"},
-        Usage{"run good.toml --end-time nan", 2, "must be a positive number of seconds"},
-        Usage{"run good.toml -o file/results", 2, "the results folder <file/results> can't be"},
-        Usage{"check missing.toml", 2, "missing.toml"}, Usage{"check folder.toml", 2, "folder.toml"},
-        Usage{"check empty.toml", 1, "empty.toml"}, Usage{"check syntax.toml", 1, "syntax.toml:2: error: "},
-        Usage{"check twice.toml", 1, "twice.toml:3: error: "}, Usage{"mtx", 2, "subcommand is required"},
-        Usage{"mtx info", 2, "FILE is required"}, Usage{"mtx info missing.mtx", 2, "missing.mtx"},
-        Usage{"mtx check empty.toml", 1, "head of file not valid"},
-        Usage{"mtx check " VELMORA_EXAMPLES "/rotating_beam.mtx", 0, "0 errors, 0 warnings"},
-        Usage{"mtx info " VELMORA_EXAMPLES "/rotating_beam.mtx", 0, "13.0900287 Hz"}));
+    testing::Values(Usage{"--version", 0, "velmora 0.1.0 ("}, Usage{"--help", 0, "check"},
+                    Usage{"run --help", 0, "--end-time"},
+                    Usage{"", 2, "a command is missing: run, check, static, eigen or mtx"},
+                    Usage{"rnu good.toml", 2, "unknown command <rnu>; did you mean <run>?"},
+                    Usage{"run", 2, "MODEL is required"}, Usage{"run good.toml --end-tim 3", 2, "--end-tim"},
+                    Usage{"run good.toml --end-time=-1", 2, "must be a positive number of seconds"},
+                    Usage{"run good.toml --end-time nan", 2, "must be a positive number of seconds"},
+                    Usage{"run good.toml -o file/results", 2, "the results folder <file/results> can't be"},
+                    Usage{"check missing.toml", 2, "missing.toml"},
+                    Usage{"check folder.toml", 2, "folder.toml"}, Usage{"check empty.toml", 1, "empty.toml"},
+                    Usage{"check syntax.toml", 1, "syntax.toml:2: error: "},
+                    Usage{"check twice.toml", 1, "twice.toml:3: error: "},
+                    Usage{"mtx", 2, "subcommand is required"}, Usage{"mtx info", 2, "FILE is required"},
+                    Usage{"mtx info missing.mtx", 2, "missing.mtx"},
+                    Usage{"mtx check empty.toml", 1, "head of file not valid"},
+                    Usage{"mtx check " VELMORA_EXAMPLES "/rotating_beam.mtx", 0, "0 errors, 0 warnings"},
+                    Usage{"mtx info " VELMORA_EXAMPLES "/rotating_beam.mtx", 0, "13.0900287 Hz"}));
 
 TEST_F(Program, ExamplesRun) {
     unsigned numOfModels = 0;
