@@ -18,6 +18,8 @@ SimulationSettings makeSettings(const Options& options, const ModelFile& file) {
     settings.fixedStep = section.fixedStep;
     settings.tolerance = section.tolerance;
     settings.alpha = section.alpha;
+    if (section.maxStep)
+        settings.longestStep = *section.maxStep;
     settings.startCorrectionLimit = section.startCorrectionLimit;
     settings.refuseRedundant = section.refuseRedundant;
     for (const ModelChange& change : file.changes)

@@ -24,6 +24,14 @@ void checkForRun(const Options& options, ModelFile& file) {
         report("section [simulation], key <end_time>: missing; give it there or by --end-time");
     if (file.dataModel->getNumOfBlocks("Body") == 0)
         report("the model has no body: there is nothing to simulate");
+    const auto isContact = [](const auto& block) { return block->type == "RigidContact"; };
+    const SimulationSection& simulation = file.simulation;
+    if (!simulation.fixedStep && !simulation.maxStep &&
+        std::ranges::any_of(file.dataModel->blocks, isContact))
+        file.findings.push_back(
+            {Finding::Severity::Warning, 0,
+             "section [simulation], key <max_step>: missing; steps grow in free flight, and "
+             "may leap over a contact"});
 }
 
 /// Names of files that are relative are so to the folder of the model file, whatever the working directory

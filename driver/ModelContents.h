@@ -52,6 +52,7 @@ struct SimulationSection {
     std::optional<double> endTime;
     double step = 1e-3;
     bool fixedStep = false;
+    std::optional<double> maxStep;
     double tolerance = 1e-6;
     double alpha = -0.05;
     double startCorrectionLimit = 1e-3;

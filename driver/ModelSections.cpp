@@ -131,6 +131,9 @@ void readSimulationSection(const toml::table& section, ModelFile& file) {
     if (reader.getNumber("end_time", &endTime, isPositive, "be positive"))
         simulation.endTime = endTime;
     reader.getNumber("step", &simulation.step, isPositive, "be positive");
+    double maxStep = 0.0;
+    if (reader.getNumber("max_step", &maxStep, isPositive, "be positive"))
+        simulation.maxStep = maxStep;
     // A faulty flag leaves open which range of alpha was meant: the wider one then.
     const bool isVarying = !section.contains("fixed_step") ||
                            (reader.getFlag("fixed_step", &simulation.fixedStep) && !simulation.fixedStep);

@@ -87,6 +87,10 @@ class Simulation::Impl {
     void collectStatistics();
 
     MBS_Model* model;               // not owned
+    double getLongestStep() const {
+        return std::min(settings.longestStep, largestStepShare * settings.endTime);
+    }
+
     IO_DataModel* dataModel;        // not owned
     MBS_ResultFileManager* results; // not owned
     SimulationSettings settings;
@@ -146,7 +150,7 @@ bool Simulation::Impl::start() {
         result = integrator->start(settings.step);
     if (result != StepResult::Converged)
         return fail(result, integrator->getState(), settings.step);
-    wantedStep = std::min(settings.step, largestStepShare * settings.endTime);
+    wantedStep = std::min(settings.step, getLongestStep());
     balance->start(integrator->getState());
     writeResults();
     return true;
@@ -246,7 +250,7 @@ bool Simulation::Impl::retreat(StepResult result, const Plan& plan) {
         return true;
     if (result == StepResult::NotFinite || !chooseOtherEquations(plan.length))
         return fail(result, integrator->getTrialState(), plan.length);
-    wantedStep = std::min(settings.step, largestStepShare * settings.endTime);
+    wantedStep = std::min(settings.step, getLongestStep());
     return true;
 }
 
@@ -316,7 +320,7 @@ void Simulation::Impl::adaptStep(const Plan& plan) {
         wantedStep = ratio * plan.length;
     else if (proposal > worthwhileGrowth * wantedStep && !hasJustFailed)
         wantedStep = proposal;
-    wantedStep = std::min(wantedStep, largestStepShare * settings.endTime);
+    wantedStep = std::min(wantedStep, getLongestStep());
     hasJustFailed = false;
 }
 

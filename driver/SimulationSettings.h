@@ -3,6 +3,7 @@
 #include "driver/StartState.h"
 
 #include <array>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -39,6 +40,7 @@ struct SimulationSettings {
     std::vector<ScheduledChange> changes = {};
     bool positionsOnly = false;         ///< velocities and accelerations of the start don't matter
     std::vector<BodyStart> starts = {}; ///< bodies that start elsewhere than the model puts them
+    double longestStep = std::numeric_limits<double>::infinity(); ///< of steps of controlled length
 };
 
 /// How the initial state was made consistent with the constraints.

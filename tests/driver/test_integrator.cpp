@@ -59,6 +59,15 @@ TEST(Simulation, FixedStepThatDividesTheEndTimeLeavesNoSliver) {
     EXPECT_EQ(run.outcome.smallestStep, 0.1);
 }
 
+TEST(Simulation, FreeFlightTakesNoStepLongerThanAllowed) {
+    Input input;
+    input.addBody("stone", 1.0, "1, 1, 1", "1, 0, 0", "0, 0, 0");
+    SimulationSettings settings{1.0, 1e-3};
+    EXPECT_GT(TestRun(input, settings).outcome.largestStep, 0.02);
+    settings.longestStep = 0.02;
+    EXPECT_EQ(TestRun(input, settings).outcome.largestStep, 0.02);
+}
+
 TEST(Simulation, RampOfGravityTakesFewerStepsWithErrorControl) {
     const double T = 0.1, endTime = 2.0, rest = endTime - T;
     // z'' = -5 (1 - cos(pi t / T)) up to T, then -10

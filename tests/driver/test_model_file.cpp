@@ -73,7 +73,7 @@ TEST(ModelFile, TurnsTablesIntoBlocks) {
 
 TEST(ModelFile, ReadsTheSections) {
     const std::string text = "[simulation]\nend_time = 2\nstep = 0.01\nfixed_step = true\ntolerance = 1e-4\n"
-                             "alpha = -0.25\nstart_correction_limit = 0.5\nredundant = "
+                             "alpha = -0.25\nmax_step = 0.02\nstart_correction_limit = 0.5\nredundant = "
                              "'error'\n[results]\nWriteStateResultFile = true\n"
                              "WriteMeasureResultFile = false\nOutputTimeStepSize = 0.1";
     std::string withCarriageReturns;
@@ -90,7 +90,8 @@ TEST(ModelFile, ReadsTheSections) {
         EXPECT_THAT(file->resultKeys,
                     ElementsAre(Pair("WriteStateResultFile", "yes"), Pair("WriteMeasureResultFile", "no"),
                                 Pair("OutputTimeStepSize", "0.1")));
-        EXPECT_EQ(file->resultsLine, 12U);
+        EXPECT_EQ(file->simulation.maxStep, 0.02);
+        EXPECT_EQ(file->resultsLine, 13U);
         EXPECT_EQ(file->simulation.startCorrectionLimit, 0.5);
         EXPECT_TRUE(file->simulation.refuseRedundant);
     }
