@@ -129,5 +129,15 @@ class ModelText:
             "MotionExpression": expression, "ActivationPeriod": activation_period,
             "PointOfApplication_Body1": point})
 
+    def contact(self, uuid, bodies, surfaces, origins, keys):
+        """`surfaces`: files, `origins`: where the files' coordinates begin; layers of both bodies are alike."""
+        layer = {f"{key}{i}": keys[key] for key in ("YoungsModulus", "PoissonsRatio", "LayerThickness") for i in (1, 2)}
+        self.add("[[Force]]", {
+            "type": "RigidContact", "uuid": uuid, "BodyIDs": bodies,
+            "Path2ContactSurface1": str(surfaces[0]), "Path2ContactSurface2": str(surfaces[1]),
+            "PositionContactGraphics1": origins[0], "PositionContactGraphics2": origins[1],
+            "IsNumericJacobiRequired": True, **layer,
+            **{key: value for key, value in keys.items() if f"{key}1" not in layer}})
+
     def text(self):
         return "\n".join(self.lines) + "\n"
