@@ -61,7 +61,9 @@ StaticSolver::StaticSolver(HHTSystem* equations, const EquationNames* equationNa
 StepResult StaticSolver::run(HHTState& state, double time) {
     report = {};
     problem.clear();
-    StepResult result = start(state);
+    StepResult result = applyChanges(time);
+    if (result == StepResult::Converged)
+        result = start(state);
     if (result == StepResult::Converged) {
         result = moveToTime(state, time);
         if (result == StepResult::Converged)
@@ -84,6 +86,21 @@ StepResult StaticSolver::run(HHTState& state, double time) {
 StepResult StaticSolver::refuse(std::string text) {
     problem = std::move(text);
     return StepResult::NotConverged;
+}
+
+/// What the model file changes until the time.
+StepResult StaticSolver::applyChanges(double time) {
+    MBS_Model* model = system->getModel();
+    for (const ScheduledChange& change : settings.changes) {
+        if (change.time > time)
+            break;
+        model->modifyModelElement(change.block.get());
+        modelIsAtFault = model->isErrorOccured();
+        if (modelIsAtFault)
+            return refuse(fmt::format("The change of <{}> at time {:.9g} can't be made:{}",
+                                      change.block->uuid, change.time, model->getErrorString()));
+    }
+    return StepResult::Converged;
 }
 
 StepResult StaticSolver::start(HHTState& state) {

@@ -26,7 +26,8 @@ struct StaticReport {
 /// stable, where there is one on the way; a start in unstable balance is kept.
 class StaticSolver {
   public:
-    /// Nothing is owned; all must outlive the object. Of the settings what concerns the start counts.
+    /// Nothing is owned; all must outlive the object. Of the settings what concerns the start
+    /// and changes of the model counts.
     StaticSolver(HHTSystem* system, const EquationNames* names, Redundancy* redundancy,
                  const SimulationSettings& settings);
 
@@ -51,6 +52,7 @@ class StaticSolver {
     };
 
     StepResult refuse(std::string text);
+    StepResult applyChanges(double time);
     StepResult start(HHTState& state);
     StepResult moveToTime(HHTState& state, double time);
     StepResult fulfilConstraints(HHTState& state, double c2);

@@ -259,6 +259,23 @@ TEST(Static, MotionsAndForcesAreTakenAtTheTime) {
     EXPECT_EQ(crane.reactions().at(1).joint, "hoist");
 }
 
+TEST(Static, ChangesUntilTheTimeAreMade) {
+    Static scale;
+    scale.addBody("pan", 2.0, 0.0, 0.0);
+    scale.input.addJoint("guide", "pan, 0", "0, 0, 0", "dx dz ax ay az");
+    const auto* stiffness = scale.add("DataObject", "Parameter", "stiffness", {{"InitialValue", "100"}});
+    scale.addSpring("spring", "pan, 0", "0, 0, 0", "0, -1, 0",
+                    "parval[stiffness] * (1 - meaval[spring-length])");
+    scale.input.addGravity("0, -9.81, 0");
+    SimulationSettings settings;
+    for (const auto& [time, value] : {std::pair{1.0, "200"}, {2.0, "400"}, {3.0, "800"}}) {
+        settings.changes.push_back({time, std::make_shared<IO_DataModelBlock>(*stiffness)});
+        settings.changes.back().block->replaceValue("InitialValue", value);
+    }
+    ASSERT_EQ(scale.solve(2.0, settings), StepResult::Converged) << scale.solver->getProblem();
+    EXPECT_NEAR(scale.state->q.bodyData(0)[1], -2.0 * g / 400.0, 1e-11);
+}
+
 TEST(Static, FlexibleRodBendsUnderItsWeight) {
     // The rod of the flexible pendulum: 1 m, E 70e9, 0.004 x 0.02 m, 2700 kg/m^3.
     Static rod;
