@@ -130,6 +130,7 @@ class Checker {
     void checkNumber(const MBS_KeyInfo& key, const std::string& name);
     void checkInertiaOf(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key);
     void checkBodyIDs(const MBS_KeyInfo& key);
+    void checkBodyID(const char* key, const std::string& id);
     void checkLabel(const MBS_KeyInfo& key, const char* kind, const char* name);
     void checkExpression(const MBS_KeyInfo& key);
     std::string findProblem(const MBS_ExpressionMention& mention);
@@ -292,6 +293,8 @@ void Checker::checkRole(const MBS_BlockTypeInfo& type, const MBS_KeyInfo& key) {
         break;
     case MBS_KeyRole::Inertia:
         return checkInertiaOf(type, key);
+    case MBS_KeyRole::BodyID:
+        return checkBodyID(key.name, getText(*block, key.name));
     case MBS_KeyRole::BodyIDs:
         return checkBodyIDs(key);
     case MBS_KeyRole::MeasureLabel:
@@ -336,8 +339,13 @@ void Checker::checkBodyIDs(const MBS_KeyInfo& key) {
     if (ids.size() != 2 || ids[0].empty() || ids[1].empty())
         return report(key.name, "two UUIDs of bodies belong here, \"0\" for the ground");
     for (const std::string& id : ids)
-        if (id != "0" && !bodies.contains(id))
-            report(key.name, fmt::format("no body has the UUID <{}>{}", id, suggest(id, bodies)));
+        if (id != "0")
+            checkBodyID(key.name, id);
+}
+
+void Checker::checkBodyID(const char* key, const std::string& id) {
+    if (!bodies.contains(id))
+        report(key, fmt::format("no body has the UUID <{}>{}", id, suggest(id, bodies)));
 }
 
 void Checker::checkLabel(const MBS_KeyInfo& key, const char* kind, const char* name) {

@@ -39,10 +39,6 @@ std::string missing(const std::string& key) {
 
 const std::string bodyIDsMissing = missing("BodyIDs");
 
-std::string pending(const std::string& what) {
-    return "ERROR: Type of " + what + " is not available in this build!\n";
-}
-
 INSTANTIATE_TEST_SUITE_P(
     BodiesForcesActors, Refusals,
     testing::Values(
@@ -58,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"Force", "ExternalSubroutine", {}, bodyIDsMissing + missing("ForceDirectionType") + "\n"},
         Refusal{"Force", "TireForce", {}, ""}, Refusal{"Force", "ModalForceSubroutine", {}, ""},
         Refusal{"Actor", "Kinematic", {}, "ERROR: Type of actor: Kinematic not valid!\n"},
-        Refusal{"Actor", "KinematicActor", {}, pending("actor: KinematicActor")},
+        Refusal{"Actor", "KinematicActor", {}, missing("BodyID4Actor") + "\n"},
         Refusal{"DataObject", "Parameter", {}, missing("InitialValue")}, Refusal{"Other", "anything", {}, ""},
         Refusal{"Force",
                 "Gravity",

@@ -14,6 +14,7 @@ enum class MBS_KeyRole {
     Orientation,  ///< 3x3, column after column: axes of a right-handed frame
     Mass,         ///< a mass, not negative
     Inertia,      ///< three principal moments of inertia, which a body of positive mass must be able to have
+    BodyID,       ///< the UUID of a body
     BodyIDs,      ///< two body UUIDs, "0" for the ground
     MeasureLabel, ///< label of a measure
     DataObjectLabel, ///< label of a data object

@@ -9,9 +9,9 @@
 #include "velmora/external_forces/MBS_ExternalForceTypes.h"
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/forces/MBS_ForceTypes.h"
+#include "velmora/measures/MBS_Actor.h"
 #include "velmora/measures/MBS_Measure.h"
 #include "velmora/measures/MBS_MeasureTypes.h"
-#include "velmora/model/internal/MBS_AnnouncedTypes.h"
 
 namespace velmora {
 
@@ -28,8 +28,7 @@ std::vector<MBS_BlockTypeInfo> MBS_getBlockVocabulary() {
         vocabulary.push_back({"DataObject", row.type, row.status, row.keys});
     for (const auto& row : MBS_measureTypes())
         vocabulary.push_back({"Measure", row.type, row.status, row.keys});
-    for (const auto& row : MBS_announcedTypes())
-        vocabulary.push_back(row);
+    vocabulary.push_back({"Actor", "KinematicActor", MBS_TypeStatus::Available, MBS_actorKeys()});
     return vocabulary;
 }
 

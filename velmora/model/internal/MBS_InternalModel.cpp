@@ -8,6 +8,7 @@
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/global_matrix/MBS_GlobalModelMatrix.h"
 #include "velmora/io/IO_DataModel.h"
+#include "velmora/measures/MBS_Actor.h"
 #include "velmora/measures/MBS_Measure.h"
 #include "velmora/model/MBS_ModelDofVector.h"
 #include "velmora/results/MBS_ResultFileManager.h"
@@ -26,6 +27,7 @@ MBS_InternalModel::~MBS_InternalModel() {
     forces.clear();
     constraints.clear();
     measures.clear();
+    actors.clear();
     bodies.clear();
     dataObjects.clear(); // last: expressions refer to them
 }

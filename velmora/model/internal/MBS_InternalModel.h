@@ -10,6 +10,7 @@
 
 namespace velmora {
 
+class MBS_Actor;
 class MBS_BodyGroup;
 class MBS_ModelObject;
 
@@ -48,6 +49,7 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
     /// Counts a data object by its UUID before it is made; a null keeps the place of one that couldn't be.
     void announceDataObject(const std::string& uuid) { dataObjectUUIDs.push_back(uuid); }
     void addDataObject(std::unique_ptr<MBS_DataObject> dataObject);
+    void addActor(std::unique_ptr<MBS_Actor> actor);
     void sumUpDof();
     /// Gathers neighbouring bodies of one class into groups. Once, when all bodies are there and nothing
     /// else.
@@ -114,18 +116,21 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
     unsigned getNumOfBodies() const override;
     unsigned getNumOfFlexBodies() const override;
     unsigned getNumOfZeroInertiaRigidBodies() const override;
+    unsigned getNumOfActors() const override;
+    bool isFinalStateReached() override;
     void getCurrentStateResultFileBlock(const P* q, std::vector<double*>* blocks) override;
     void getCurrentConstraintStateResultFileBlock(const P* q, std::vector<double*>* blocks) override;
 
   private:
     void getNormResiduals(const P* q, C* out);
-    /// Data object of a block's UUID; null if there is none.
+    /// Actor or, of any other kind, data object of a block's UUID; null if there is none.
     MBS_ModelObject* getObjectOfBlock(const IO_DataModelBlock* block) const;
 
     std::vector<std::unique_ptr<MBS_Body>> bodies;
     std::vector<std::shared_ptr<MBS_BodyGroup>> bodyGroups;
     std::vector<MBS_Body*> flexBodies;
     std::unordered_map<std::string, MBS_Body*> bodyByUUID; // first body of a UUID wins
+    std::vector<std::unique_ptr<MBS_Actor>> actors;
     std::vector<std::unique_ptr<MBS_ExtConstraint>> constraints;
     std::vector<std::shared_ptr<MBS_ConstraintGroup>> constraintGroups;
     std::vector<MBS_ExtConstraint*> jointsForResults;

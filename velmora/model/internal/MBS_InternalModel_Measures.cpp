@@ -3,13 +3,14 @@
 #include "velmora/data_objects/MBS_DataObject.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/io/StringHelpers.h"
+#include "velmora/measures/MBS_Actor.h"
 #include "velmora/measures/MBS_Measure.h"
 #include "velmora/model/FetchAhead.h"
 #include "velmora/model/internal/MBS_InternalModel.h"
 
 #include <algorithm>
 
-// Measures and data objects: what users name by labels, read as numbers and change between steps.
+// Measures, actors and data objects: what users name by labels, read as numbers and change between steps.
 
 namespace velmora {
 
@@ -36,6 +37,19 @@ void MBS_InternalModel::addDataObject(std::unique_ptr<MBS_DataObject> dataObject
     dataObjects.push_back(std::move(dataObject));
 }
 
+void MBS_InternalModel::addActor(std::unique_ptr<MBS_Actor> actor) {
+    actors.push_back(std::move(actor));
+}
+
+unsigned MBS_InternalModel::getNumOfActors() const {
+    return static_cast<unsigned>(actors.size());
+}
+
+// One step of one actor at a time: the actors move one after the other.
+bool MBS_InternalModel::isFinalStateReached() {
+    return std::ranges::all_of(actors, [](const auto& actor) { return actor->isFinalStateReached(); });
+}
+
 MBS_Measure* MBS_InternalModel::getMeasureByLabel(const std::string& label) const {
     return findByLabel(measureByLabel, label);
 }
@@ -45,8 +59,12 @@ MBS_DataObject* MBS_InternalModel::getDataObjectByLabel(const std::string& label
 }
 
 MBS_ModelObject* MBS_InternalModel::getObjectOfBlock(const IO_DataModelBlock* block) const {
-    if (!block || block->kind == "Actor")
+    if (!block)
         return nullptr;
+    if (block->kind == "Actor") {
+        const auto actor = std::ranges::find(actors, block->uuid, &MBS_Actor::uuid);
+        return actor == actors.end() ? nullptr : actor->get();
+    }
     const auto found = std::ranges::find(dataObjectUUIDs, block->uuid);
     if (found == dataObjectUUIDs.end())
         return nullptr;

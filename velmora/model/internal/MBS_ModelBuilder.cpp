@@ -10,9 +10,9 @@
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/forces/MBS_ForceTypes.h"
 #include "velmora/io/IO_DataModel.h"
+#include "velmora/measures/MBS_Actor.h"
 #include "velmora/measures/MBS_Measure.h"
 #include "velmora/measures/MBS_MeasureTypes.h"
-#include "velmora/model/internal/MBS_AnnouncedTypes.h"
 #include "velmora/model/internal/MBS_InternalModel.h"
 
 #include <algorithm>
@@ -26,12 +26,6 @@ template <class Row>
 const Row* findType(std::span<const Row> rows, const std::string& type) {
     const auto found = std::ranges::find_if(rows, [&](const Row& row) { return type == row.type; });
     return found == rows.end() ? nullptr : &*found;
-}
-
-bool isAnnounced(const std::string& kind, const std::string& type) {
-    return std::ranges::any_of(MBS_announcedTypes(), [&](const MBS_BlockTypeInfo& row) {
-        return kind == row.kind && type == row.type;
-    });
 }
 
 /// Null if nothing measures this.
@@ -258,9 +252,11 @@ void MBS_ModelBuilder::buildForce(Block& block) {
 }
 
 void MBS_ModelBuilder::buildActor(Block& block) {
-    if (!isAnnounced("Actor", block.type))
+    if (block.type != "KinematicActor")
         return refuse(block, "ERROR: Type of actor: " + block.type + " not valid!\n");
-    refuseUnavailable(block, "actor");
+    auto actor = std::make_unique<MBS_Actor>(&block, &model, model);
+    if (!actor->isErrorOccured())
+        model.addActor(std::move(actor));
 }
 
 } // namespace velmora
