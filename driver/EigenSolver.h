@@ -1,27 +1,10 @@
 #pragma once
 
-#include "driver/Linearisation.h"
+#include "driver/EigenProblem.h"
 
-#include <Eigen/Core>
-
-#include <complex>
 #include <vector>
 
 namespace velmora::driver {
-
-/// Motion x(t) = Re(shape exp(value t)).
-struct EigenMode {
-    std::complex<double> value; ///< 1/s; of a pair the one with positive imaginary part
-    Eigen::VectorXcd shape;     ///< small motions, see `SmallMotions`
-};
-
-/// What is wanted of the eigenvalues.
-struct EigenSettings {
-    enum class Method { Automatic, Dense, Sparse };
-    unsigned numOfModes = 20;
-    double target = 0.0; ///< Hz; modes of sizes near it are wanted
-    Method method = Method::Automatic;
-};
 
 /// Eigenvalues of the motion that the constraints leave, the nearest to the target.
 struct EigenModes {
@@ -43,18 +26,5 @@ constexpr unsigned largestDenseSize = 300;
 /// The multipliers' infinite eigenvalues don't come up. Throws std::domain_error, with the reason, if there
 /// is no such solution.
 EigenModes findModes(const LinearEquations& equations, const EigenSettings& settings);
-
-/// Equations in coordinates in which all masses on the diagonal are 1 and the rows of Cq have length 1.
-struct ScaledEquations {
-    using Matrix = LinearEquations::Matrix;
-    explicit ScaledEquations(const LinearEquations& equations);
-
-    Matrix M, C, K, Cq, CqRate, MRate;
-    Eigen::VectorXd scale;            ///< small motion per coordinate
-    std::vector<unsigned> bodyOffset; ///< as in `LinearEquations`
-    double reference = 0.0;           ///< 1/s; about the size of the largest eigenvalues
-    bool isMoving = false;            ///< the constraints change
-    Matrix getInverseMass() const;
-};
 
 } // namespace velmora::driver

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "driver/EigenSolver.h"
+#include "driver/EigenProblem.h"
 
 #include <vector>
 
