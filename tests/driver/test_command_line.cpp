@@ -245,23 +245,26 @@ TEST_P(ProgramUsage, GivesExitCodeAndMessage) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, ProgramUsage,
-    testing::Values(Usage{"--version", 0, "velmora 0.1.0 ("}, Usage{"--help", 0, "check"},
-                    Usage{"run --help", 0, "--end-time"},
-                    Usage{"", 2, "a command is missing: run, check, static, eigen or mtx"},
-                    Usage{"rnu good.toml", 2, "unknown command <rnu>; did you mean <run>?"},
-                    Usage{"run", 2, "MODEL is required"}, Usage{"run good.toml --end-tim 3", 2, "--end-tim"},
-                    Usage{"run good.toml --end-time=-1", 2, "must be a positive number of seconds"},
-                    Usage{"run good.toml --end-time nan", 2, "must be a positive number of seconds"},
-                    Usage{"run good.toml -o file/results", 2, "the results folder <file/results> can't be"},
-                    Usage{"check missing.toml", 2, "missing.toml"},
-                    Usage{"check folder.toml", 2, "folder.toml"}, Usage{"check empty.toml", 1, "empty.toml"},
-                    Usage{"check syntax.toml", 1, "syntax.toml:2: error: "},
-                    Usage{"check twice.toml", 1, "twice.toml:3: error: "},
-                    Usage{"mtx", 2, "subcommand is required"}, Usage{"mtx info", 2, "FILE is required"},
-                    Usage{"mtx info missing.mtx", 2, "missing.mtx"},
-                    Usage{"mtx check empty.toml", 1, "head of file not valid"},
-                    Usage{"mtx check " VELMORA_EXAMPLES "/rotating_beam.mtx", 0, "0 errors, 0 warnings"},
-                    Usage{"mtx info " VELMORA_EXAMPLES "/rotating_beam.mtx", 0, "13.0900287 Hz"}));
+    testing::Values(
+        Usage{"--version", 0, "velmora 0.1.0 ("}, Usage{"--help", 0, "check"},
+        Usage{"run --help", 0, "--end-time"},
+        Usage{"", 2, "a command is missing: run, check, static, eigen or mtx"},
+        Usage{"rnu good.toml", 2, "unknown command <rnu>; did you mean <run>?"},
+        Usage{"run", 2, "MODEL is required"}, Usage{"run good.toml --end-tim 3", 2, "--end-tim"},
+        Usage{"run good.toml --end-time=-1", 2, "must be a positive number of seconds"},
+        Usage{"run good.toml --end-time nan", 2, "must be a positive number of seconds"},
+        Usage{"run good.toml -o file/results", 2, "the results folder <file/results> can't be"},
+        Usage{"check missing.toml", 2, "missing.toml"}, Usage{"check folder.toml", 2, "folder.toml"},
+        Usage{"check empty.toml", 1, "empty.toml"}, Usage{"check syntax.toml", 1, "syntax.toml:2: error: "},
+        Usage{"check twice.toml", 1, "twice.toml:3: error: "}, Usage{"mtx", 2, "subcommand is required"},
+        Usage{"mtx info", 2, "FILE is required"}, Usage{"mtx info missing.mtx", 2, "missing.mtx"},
+        Usage{"mtx check empty.toml", 1, "head of file not valid"},
+        Usage{"mtx check " VELMORA_EXAMPLES "/rotating_beam.mtx", 0, "0 errors, 0 warnings"},
+        Usage{"eigen " VELMORA_EXAMPLES "/quarter_car.toml --at static", 0, "   2      11.08"},
+        Usage{"eigen " VELMORA_EXAMPLES "/falling_bodies.toml --at static", 3, "No equilibrium was found"},
+        Usage{"eigen good.toml --at soon", 2, "--at: must be start, static or a number of seconds"},
+        Usage{"eigen good.toml --modes 0", 2, "--modes: must be a positive number of modes, and is 0"},
+        Usage{"mtx info " VELMORA_EXAMPLES "/rotating_beam.mtx", 0, "13.0900287 Hz"}));
 
 TEST_F(Program, ExamplesRun) {
     // The work of drives is summed by the trapezoidal rule, over torques that change quickly, and more so in
