@@ -5,6 +5,7 @@
 #include "driver/ModalFileCommand.h"
 #include "driver/NearName.h"
 #include "driver/Options.h"
+#include "driver/PoseCommand.h"
 #include "driver/RunCommand.h"
 #include "driver/StaticCommand.h"
 
@@ -75,6 +76,16 @@ std::string findErrorInFrequency(const std::string& text) {
     return fmt::format("must be a frequency in Hz that isn't negative, and is {}", text);
 }
 
+CLI::App* addPoseCommand(CLI::App& app, Options& options) {
+    CLI::App* command = addCommand(app, options, "pose", "Drag points of bodies to the targets of actors");
+    command
+        ->add_option("-o,--output", options.resultDirectory,
+                     "Folder of the results; results/<name of the model file> if not given")
+        ->type_name("DIR");
+    command->add_flag("--quiet", options.isQuiet, "Show no results");
+    return command;
+}
+
 CLI::App* addEigenCommand(CLI::App& app, Options& options) {
     CLI::App* command =
         addCommand(app, options, "eigen", "Find frequencies and damping of small motions about a state");
@@ -101,11 +112,11 @@ CLI::App* addEigenCommand(CLI::App& app, Options& options) {
 /// `words` are those that are neither options nor commands of the program.
 std::string findErrorInCommand(const std::vector<std::string>& words, bool isCommandGiven) {
     if (words.empty())
-        return isCommandGiven ? "" : "a command is missing: run, check, static, eigen or mtx";
+        return isCommandGiven ? "" : "a command is missing: run, check, static, pose, eigen or mtx";
     if (words.front().starts_with('-'))
         return fmt::format("unknown option <{}>", words.front());
     return fmt::format("unknown command <{}>{}", words.front(),
-                       suggestNearName(words.front(), {"run", "check", "static", "eigen", "mtx"}));
+                       suggestNearName(words.front(), {"run", "check", "static", "pose", "eigen", "mtx"}));
 }
 
 } // namespace
@@ -128,6 +139,7 @@ int runProgram(int argc, const char* const* argv) {
     check->add_flag("--derivatives", options.checksDerivatives,
                     "Compare all derivatives of the model with differences");
     const CLI::App* equilibrium = addStaticCommand(app, options);
+    const CLI::App* pose = addPoseCommand(app, options);
     const CLI::App* eigen = addEigenCommand(app, options);
     std::string modalFile;
     CLI::App* mtx = app.add_subcommand("mtx", "Look into the modal file of a flexible body");
@@ -149,6 +161,8 @@ int runProgram(int argc, const char* const* argv) {
         return info->parsed() ? showModalFile(modalFile) : checkModalFile(modalFile);
     if (equilibrium->parsed())
         return findEquilibrium(options);
+    if (pose->parsed())
+        return findPose(options);
     if (eigen->parsed())
         return findEigenvalues(options);
     return run->parsed() ? runModel(options) : checkModel(options);

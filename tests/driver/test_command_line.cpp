@@ -248,7 +248,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Usage{"--version", 0, "velmora 0.1.0 ("}, Usage{"--help", 0, "check"},
         Usage{"run --help", 0, "--end-time"},
-        Usage{"", 2, "a command is missing: run, check, static, eigen or mtx"},
+        Usage{"", 2, "a command is missing: run, check, static, pose, eigen or mtx"},
         Usage{"rnu good.toml", 2, "unknown command <rnu>; did you mean <run>?"},
         Usage{"run", 2, "MODEL is required"}, Usage{"run good.toml --end-tim 3", 2, "--end-tim"},
         Usage{"run good.toml --end-time=-1", 2, "must be a positive number of seconds"},
@@ -256,7 +256,9 @@ INSTANTIATE_TEST_SUITE_P(
         Usage{"run good.toml -o file/results", 2, "the results folder <file/results> can't be"},
         Usage{"check missing.toml", 2, "missing.toml"}, Usage{"check folder.toml", 2, "folder.toml"},
         Usage{"check empty.toml", 1, "empty.toml"}, Usage{"check syntax.toml", 1, "syntax.toml:2: error: "},
-        Usage{"check twice.toml", 1, "twice.toml:3: error: "}, Usage{"mtx", 2, "subcommand is required"},
+        Usage{"check twice.toml", 1, "twice.toml:3: error: "},
+        Usage{"pose good.toml", 1, "the model has no actor: there is nothing to move"},
+        Usage{"pose missing.toml", 2, "missing.toml"}, Usage{"mtx", 2, "subcommand is required"},
         Usage{"mtx info", 2, "FILE is required"}, Usage{"mtx info missing.mtx", 2, "missing.mtx"},
         Usage{"mtx check empty.toml", 1, "head of file not valid"},
         Usage{"mtx check " VELMORA_EXAMPLES "/rotating_beam.mtx", 0, "0 errors, 0 warnings"},
@@ -265,6 +267,23 @@ INSTANTIATE_TEST_SUITE_P(
         Usage{"eigen good.toml --at soon", 2, "--at: must be start, static or a number of seconds"},
         Usage{"eigen good.toml --modes 0", 2, "--modes: must be a positive number of modes, and is 0"},
         Usage{"mtx info " VELMORA_EXAMPLES "/rotating_beam.mtx", 0, "13.0900287 Hz"}));
+
+TEST_F(Program, DragsPointsToTheTargetsOfActors) {
+    std::string model = readText(VELMORA_EXAMPLES "/posed_four_bar.toml");
+    write("model.toml", model);
+    ASSERT_EQ(run("pose model.toml -o results"), 0) << messages;
+    EXPECT_THAT(out, ContainsRegex("Actor <grip> +[0-9.]+e-[0-9]+ m from its target"));
+    EXPECT_THAT(readText(folder / "results/model_path.csv"),
+                StartsWith("step,grip.x,grip.y,grip.z\n0,0.25,0.35,0\n"));
+    ASSERT_EQ(run("run results/model_pose.toml --end-time 0.01 -o again"), 0) << messages;
+    EXPECT_THAT(out, ContainsRegex("Start positions +(fulfil|changed by at most [0-9.]+e-1)"));
+    const std::size_t target = model.find("TargetPointIRF = [");
+    model.replace(target, model.find(']', target) - target, "TargetPointIRF = [0.25, 0.36, 0");
+    write("model.toml", model);
+    EXPECT_EQ(run("pose model.toml -o results"), 3);
+    EXPECT_THAT(messages,
+                ContainsRegex("target of <grip> can't be reached: its point stays 0.00[0-9]+ m away"));
+}
 
 TEST_F(Program, ExamplesRun) {
     // The work of drives is summed by the trapezoidal rule, over torques that change quickly, and more so in
