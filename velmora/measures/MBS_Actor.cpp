@@ -48,11 +48,11 @@ MBS_Actor::MBS_Actor(IO_DataModelBlock* block, MBS_Model* owner, const MBS_Model
     if (!reportWithLineFeed(*block))
         return;
     MBS_Body* body = lookUp.getBodyByUUID(id);
-    if (!body || !body->aBar4KinSolver)
+    if (!body || !body->aBar4KinSolver) {
         appendErrorString("Body with ID " + id +
                           (body ? " is not of type MBS_RigidBody_EulerP_PAI!\n" : " does not exist!\n"));
-    if (isErrorOccured())
         return;
+    }
     bodyIndex = body->bodyIndex;
     double scaleB = 1.0;
     if (!readScale(*block, "ScaleA_t", pull.scaleA_t) || !readScale(*block, "ScaleA_r", pull.scaleA_r) ||
