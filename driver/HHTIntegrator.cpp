@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <utility>
 
 // Notation: h step, n present state, n+1 trial state, a auxiliary acceleration, which stands for the time
@@ -42,7 +43,9 @@ constexpr double largestNoise = 1000.0;  // in roundings of the positions
 // Near singular positions rounding comes out of the solver magnified; with a matrix of the same step,
 // corrections up to this share of the tolerance that stop shrinking are no more than that.
 constexpr double largestMagnifiedNoise = 1e-2;
-constexpr double largestChangeOfStep = 2.0; // with the same matrix
+constexpr double largestShareOfMultiplier = 0.5;  // of the last correction with an older matrix
+constexpr double negligibleShareOfInertia = 1e-3; // of multipliers that are next to rounding
+constexpr double largestChangeOfStep = 2.0;       // with the same matrix
 constexpr double trustedShare = 0.8;
 constexpr unsigned stepsBetweenFilters = 10;
 constexpr double nearlyTooLarge = 0.95;
@@ -77,6 +80,7 @@ void HHTIntegrator::setWeights() {
     const MBS_ModelPhysicalDofVector& q = present->q;
     const auto numOfBodies = static_cast<unsigned>(q.bodyOffset.size());
     typicalLength = system->measureTypicalLength(q);
+    meanMass = std::accumulate(system->bodyMasses.begin(), system->bodyMasses.end(), 0.0) / numOfBodies;
     for (unsigned body = 0; body < numOfBodies; ++body) {
         // A mode of modal mass m_j that moves the body of mass m by x on the whole has a coordinate of
         // x sqrt(m / m_j): its kinetic energy is 1/2 m (dx/dt)^2.
@@ -225,11 +229,29 @@ void HHTIntegrator::applyCorrection() {
         data(trial->qd)[i] += c1 * correction[i];
         data(trial->q)[i] += c2 * correction[i];
     }
-    for (unsigned i = 0; i < system->getNumOfConstraints(); ++i)
+    largestMultiplier = multiplierCorrection = largestInertia = 0.0;
+    for (unsigned i = 0; i < n; ++i)
+        largestInertia = std::max(largestInertia, meanMass * std::fabs(data(trial->qdd)[i]));
+    for (unsigned i = 0; i < system->getNumOfConstraints(); ++i) {
         data(trial->lambda)[i] += correction[n + i];
+        largestMultiplier = std::max(largestMultiplier, std::fabs(data(trial->lambda)[i]));
+        multiplierCorrection = std::max(multiplierCorrection, std::fabs(correction[n + i]));
+    }
 }
 
+/// Positions don't tell of multipliers that cancel each other: after a singular position these may be huge,
+/// and a matrix from near it brings them down slowly.
 bool HHTIntegrator::isConverged() {
+    if (!arePositionsConverged())
+        return false;
+    if (isMatrixOfThisStep || multiplierCorrection <= largestShareOfMultiplier * largestMultiplier ||
+        largestMultiplier <= negligibleShareOfInertia * largestInertia)
+        return true;
+    isMatrixWanted = true;
+    return false;
+}
+
+bool HHTIntegrator::arePositionsConverged() {
     if (iteration == 1)
         estimateLocalError();
     if (correctionNorm <= rounding)

@@ -45,6 +45,7 @@ class HHTIntegrator {
     StepResult iterate();
     StepResult iterateOnce();
     bool isConverged();
+    bool arePositionsConverged();
     void applyCorrection();
     void estimateLocalError();
     void filterLocalError();
@@ -75,7 +76,10 @@ class HHTIntegrator {
     unsigned iteration = 0;   // of the step in work
     double contraction = 1.0; // of the Newton corrections, with the present matrix
     double correctionNorm = 0.0, lastCorrectionNorm = 0.0;
-    double rounding = 0.0; // norm of the positions' rounding
+    double meanMass = 0.0;                                      // of the bodies
+    double largestInertia = 0.0;                                // mean mass times the largest acceleration
+    double largestMultiplier = 0.0, multiplierCorrection = 0.0; // after the last correction, and of it
+    double rounding = 0.0;                                      // norm of the positions' rounding
     double localError = 0.0;
     double shareLeftByFilter = 0.0; // of the local error; 0: not known
     unsigned stepsSinceFilter = 0;
