@@ -86,7 +86,7 @@ class Simulation::Impl {
     std::string describeSingularPosition(const HHTState& state);
     void collectStatistics();
 
-    MBS_Model* model;               // not owned
+    MBS_Model* model; // not owned
     double getLongestStep() const {
         return std::min(settings.longestStep, largestStepShare * settings.endTime);
     }
