@@ -86,11 +86,11 @@ class Simulation::Impl {
     std::string describeSingularPosition(const HHTState& state);
     void collectStatistics();
 
-    MBS_Model* model; // not owned
     double getLongestStep() const {
         return std::min(settings.longestStep, largestStepShare * settings.endTime);
     }
 
+    MBS_Model* model;               // not owned
     IO_DataModel* dataModel;        // not owned
     MBS_ResultFileManager* results; // not owned
     SimulationSettings settings;
