@@ -15,6 +15,7 @@
 #include "velmora/matrix/MBM_SparseMat_CSR3.h"
 #include "velmora/matrix/MBM_Vector.h"
 #include "velmora/model/MBS_BlockVocabulary.h"
+#include "velmora/model/MBS_History.h"
 #include "velmora/model/MBS_Math.h"
 #include "velmora/model/MBS_Model.h"
 #include "velmora/model/MBS_ModelDofVector.h"

@@ -2,6 +2,7 @@
 
 #include "velmora/bodies/MBS_Body.h"
 #include "velmora/io/IO_DataModelBlock.h"
+#include "velmora/model/MBS_History.h"
 
 namespace velmora {
 
@@ -60,6 +61,14 @@ void MBS_RiBo_RiBo_GearJoint::aimBlocks() {
         aim(cqTObjects[k]->rPart, side->cqT);
         aim(cqTdTObjects[k]->rPart, side->cqTdT);
         aim(cqTLe_qBlocks[k++]->block[Rot][Rot], side->cqTLe_q);
+    }
+}
+
+void MBS_RiBo_RiBo_GearJoint::exchangeHistory(MBS_History& history) {
+    for (GearSide* side : {&state->side1, &state->side2}) {
+        history.exchange(side->halfAngle);
+        history.exchange(side->isPositive);
+        history.exchange(side->turnCount);
     }
 }
 

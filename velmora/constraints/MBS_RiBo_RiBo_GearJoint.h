@@ -18,6 +18,7 @@ class MBS_RiBo_RiBo_GearJoint final : public MBS_ConstraintWithState<MBS_BodyBod
     std::string getClassName() const override { return "MBS_RiBo_RiBo_GearJoint"; }
     void getConstraintResultData(const P* q, const P* qd, const P* qdd, const C* multipliers,
                                  ResultData& data) override;
+    void exchangeHistory(MBS_History& history) override;
 
   private:
     void readKeys(IO_DataModelBlock& block);

@@ -21,6 +21,7 @@ class MBS_RiBo_RiBo_Time_Motion final : public MBS_BodyBodyConstraint {
     void getConstraintResultData(const P* q, const P* qd, const P* qdd, const C* multipliers,
                                  ResultData& data) override;
     void resetStartPolynomial() override { motion.resetStartPolynomial(); }
+    void exchangeHistory(MBS_History& history) override { motion.exchangeHistory(history); }
 
   private:
     void createBlocks();

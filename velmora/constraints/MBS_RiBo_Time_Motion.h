@@ -23,6 +23,7 @@ class MBS_RiBo_Time_Motion final : public MBS_SingleBodyConstraint {
     void getConstraintResultData(const P* q, const P* qd, const P* qdd, const C* multipliers,
                                  ResultData& data) override;
     void resetStartPolynomial() override { motion.resetStartPolynomial(); }
+    void exchangeHistory(MBS_History& history) override { motion.exchangeHistory(history); }
 
   private:
     Vec3 localPoint; // of the reactions, body frame

@@ -6,6 +6,7 @@
 #include "velmora/measures/MBS_Measure.h"
 #include "velmora/model/MBS_GeneralBodyBodyMatrix.h"
 #include "velmora/model/MBS_General_CqT.h"
+#include "velmora/model/MBS_History.h"
 #include "velmora/model/MBS_ModelLookUp.h"
 
 #include <algorithm>
@@ -57,6 +58,11 @@ void TimeMotion::resetStartPolynomial() {
     c4 = 21 * rise - 6 * d + 0.5 * dd;
     c5 = -35 * rise + 11 * d - dd;
     c6 = 15 * rise - 5 * d + 0.5 * dd;
+}
+
+void TimeMotion::exchangeHistory(MBS_History& history) {
+    for (double* number : {&startValue, &c4, &c5, &c6})
+        history.exchange(*number);
 }
 
 double TimeMotion::value(double t) {

@@ -14,6 +14,7 @@ class MBS_Body;
 class MBS_FunctionExpression;
 class MBS_GeneralBodyBodyMatrix;
 class MBS_General_CqT;
+class MBS_History;
 class MBS_Measure;
 class MBS_Model;
 class MBS_ModelLookUp;
@@ -51,6 +52,7 @@ class TimeMotion {
     std::string set(const Keys& keys, const Rules& rules, MBS_Model* model, const MBS_ModelLookUp& lookUp);
     /// Computes the polynomial from the present value of the measure.
     void resetStartPolynomial();
+    void exchangeHistory(MBS_History& history);
 
     double value(double t);        ///< g
     double rate(double t);         ///< g'

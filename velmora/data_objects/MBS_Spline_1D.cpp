@@ -4,6 +4,7 @@
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/io/IO_FileIO.h"
 #include "velmora/io/StringHelpers.h"
+#include "velmora/model/MBS_History.h"
 
 #include <algorithm>
 #include <utility>
@@ -121,6 +122,19 @@ FL_XYSpline* MBS_Spline_1D::getSpline(int splineType) {
     if (!akimaSpline)
         akimaSpline = makeSpline<FL_XYCubicAkimaSpline>();
     return akimaSpline.get();
+}
+
+void MBS_Spline_1D::exchangeHistory(MBS_History& history) {
+    const FL_XYSpline* const splines[] = {akimaSpline.get(), zeroClampedSpline.get()};
+    for (const int type : {0, zeroClamped}) {
+        int index = splines[type] ? static_cast<int>(splines[type]->lastIndex) : 0;
+        history.exchange(index);
+        if (index <= 0 && !splines[type])
+            continue;
+        FL_XYSpline& spline = *getSpline(type);
+        const auto numOfSegments = static_cast<int>(spline.numOfPoints);
+        spline.lastIndex = static_cast<std::uint64_t>(std::clamp(index, 0, std::max(numOfSegments - 1, 0)));
+    }
 }
 
 void MBS_Spline_1D::setNewXAndYData(unsigned n, const double* x, const double* y) {

@@ -22,6 +22,9 @@ class MBS_Spline_1D final : public MBS_1D_DataObject {
     ~MBS_Spline_1D() override;
     std::string getClassName() const override { return "MBS_Spline_1D"; }
     void modifyModelElement(IO_DataModelBlock* block) override;
+    /// Of the segments in which the next search begins: in a table that doesn't rise they decide where it
+    /// ends.
+    void exchangeHistory(MBS_History& history) override;
 
     double getValue(double x, int splineType) override;
     double getValue(double x) override;

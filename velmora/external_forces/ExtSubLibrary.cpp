@@ -1,5 +1,9 @@
 #include "velmora/external_forces/ExtSubLibrary.h"
 
+#include "velmora/model/MBS_History.h"
+
+#include <vector>
+
 namespace velmora {
 
 ExtSubLibrary::ExtSubLibrary(const std::string& libraryPath, unsigned numOfBodies, bool hasMeasures)
@@ -23,6 +27,10 @@ ExtSubLibrary::ExtSubLibrary(const std::string& libraryPath, unsigned numOfBodie
     }
     find("get3x1ForceAndTorqueVector4ResultFile", resultFunction);
     find("setTimeOfLastSuccessfulStep", setTimeFunction);
+    if (library.getFunction<GetHistory>("getHistory") || library.getFunction<SetHistory>("setHistory")) {
+        find("getHistory", getHistoryFunction);
+        find("setHistory", setHistoryFunction);
+    }
 }
 
 template <class F>
@@ -70,6 +78,19 @@ ExtSubVectors ExtSubLibrary::resultVectors() const {
     ExtSubVectors result;
     resultFunction(&objectId, result.force.data.data(), result.torque.data.data());
     return result;
+}
+
+void ExtSubLibrary::exchangeHistory(MBS_History& history) const {
+    if (!getHistoryFunction)
+        return;
+    std::uint32_t size = 0;
+    getHistoryFunction(&objectId, &size, nullptr);
+    std::vector<double> numbers(size);
+    getHistoryFunction(&objectId, &size, numbers.data());
+    history.exchange(numbers);
+    size = static_cast<std::uint32_t>(numbers.size());
+    if (history.isTakingBack())
+        setHistoryFunction(&objectId, &size, numbers.data());
 }
 
 } // namespace velmora

@@ -8,6 +8,8 @@
 
 namespace velmora {
 
+class MBS_History;
+
 /// Force and torque of a user library, in the frame that the force has.
 struct ExtSubVectors {
     Vec3 force, torque;
@@ -32,6 +34,8 @@ class ExtSubLibrary {
                               std::uint32_t measure) const;
     ExtSubVectors resultVectors() const;
     void setTimeOfLastSuccessfulStep(double t) const { setTimeFunction(&objectId, &t); }
+    /// What the force remembers; nothing if the library doesn't offer it.
+    void exchangeHistory(MBS_History& history) const;
 
     std::string error;
     std::int32_t objectId = -1;
@@ -45,6 +49,8 @@ class ExtSubLibrary {
                                 double*);
     using Result = void (*)(const std::int32_t*, double*, double*);
     using SetTime = void (*)(const std::int32_t*, const double*);
+    using GetHistory = void (*)(const std::int32_t*, std::uint32_t*, double*);
+    using SetHistory = void (*)(const std::int32_t*, const std::uint32_t*, const double*);
 
     /// The four functions of one body.
     struct OfBody {
@@ -64,6 +70,8 @@ class ExtSubLibrary {
     Create createFunction = nullptr;
     Result resultFunction = nullptr;
     SetTime setTimeFunction = nullptr;
+    GetHistory getHistoryFunction = nullptr; // these two are both there or both null
+    SetHistory setHistoryFunction = nullptr;
 };
 
 } // namespace velmora

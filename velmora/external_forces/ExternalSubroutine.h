@@ -51,6 +51,14 @@ VELMORA_USER_FUNCTION void get3x1ForceAndTorqueVector4ResultFile(const int32_t* 
 /* Once per step that the solver has accepted. */
 VELMORA_USER_FUNCTION void setTimeOfLastSuccessfulStep(const int32_t* objectId, const double* t);
 
+/* Two functions that a library may offer, and must if a force remembers more than its last call (wear, a
+ * state of hysteresis, a delay): a run that is stopped and continued takes the force's memory along.
+ * getHistory writes how many numbers there are, and the numbers unless the pointer to them is null;
+ * setHistory takes as many back, in a force that was made anew, or before the call that follows an accepted
+ * step. */
+VELMORA_USER_FUNCTION void getHistory(const int32_t* objectId, uint32_t* size, double* numbers);
+VELMORA_USER_FUNCTION void setHistory(const int32_t* objectId, const uint32_t* size, const double* numbers);
+
 /* The other form of a force between two bodies. */
 VELMORA_USER_FUNCTION void get3x1ForceVector_Body1(const int32_t* objectId, const double* t,
                                                    const double* measures, double* force);

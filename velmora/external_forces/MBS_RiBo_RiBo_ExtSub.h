@@ -16,6 +16,7 @@ class MBS_RiBo_RiBo_ExtSubForceObject : public MBS_BodyBodyForce {
                                     const MBS_ModelLookUp& lookUp);
     std::string getClassName() const override { return "MBS_RiBo_RiBo_ExtSubForceObject"; }
     void setTimeOfLastSuccessfulStep(double t) override { state.library->setTimeOfLastSuccessfulStep(t); }
+    void exchangeHistory(MBS_History& history) override { state.library->exchangeHistory(history); }
     void updateMatricesForJacobian(double t, const P* q, const P* qd, const P* qdd) override;
     /// Point, force, place and torque of body 1 as the library gives them; body 2 with the vectors negated.
     void getForceResultData(const P* q, const P* qd, const P* qdd, const C* multipliers,

@@ -16,6 +16,7 @@ class MBS_Single_RiBo_ExtSubForceObject : public MBS_SingleBodyForce {
                                       const MBS_ModelLookUp& lookUp);
     std::string getClassName() const override { return "MBS_Single_RiBo_ExtSubForceObject"; }
     void setTimeOfLastSuccessfulStep(double t) override { state.library->setTimeOfLastSuccessfulStep(t); }
+    void exchangeHistory(MBS_History& history) override { state.library->exchangeHistory(history); }
     void updateMatricesForJacobian(double t, const P* q, const P* qd, const P* qdd) override;
     /// Point of application, force, place of the body, torque, as the library gives them.
     void getForceResultData(const P* q, const P* qd, const P* qdd, const C* multipliers,

@@ -5,6 +5,7 @@
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/matrix/MBM_DenseMatrix.h"
 #include "velmora/model/FetchAhead.h"
+#include "velmora/model/MBS_History.h"
 
 namespace velmora {
 
@@ -40,6 +41,8 @@ class ExpressionForce : public Root {
         if (isForBlocks)
             fetch(blockValues.get(), rowBodies * load->numOfBlocks * valuesPerBlock * sizeof(double));
     }
+    /// Of a direction that is refused now.
+    void exchangeHistory(MBS_History& history) override { history.exchange(load->currentDirection.data); }
     /// Refreshes all blocks of the k-th column of the load, at the state of the last evaluation.
     virtual void updateColumn(double t, const P* q, const P* qd, const P* qdd, const C* multipliers,
                               std::size_t k) = 0;

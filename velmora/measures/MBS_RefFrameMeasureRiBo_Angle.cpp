@@ -13,6 +13,7 @@
 #include "velmora/bodies/MBS_Body.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/model/MBS_GeneralBodyBodyMatrix.h"
+#include "velmora/model/MBS_History.h"
 #include "velmora/model/MBS_ModelDofVector.h"
 
 #include <cmath>
@@ -75,6 +76,13 @@ void MBS_RefFrameMeasureRiBo_Angle::resetCount() {
     measureValue -= halfTurnCount * pi;
     halfTurnCount = 0;
     isCounting = false;
+}
+
+void MBS_RefFrameMeasureRiBo_Angle::exchangeHistory(MBS_History& history) {
+    history.exchange(lastAngle);
+    history.exchange(lastAngleNotNegative);
+    history.exchange(isCounting);
+    history.exchange(halfTurnCount);
 }
 
 // (2)

@@ -27,6 +27,7 @@ class MBS_RefFrameMeasureRiBo_Angle : public MBS_RefFrameMeasureRiBo {
     void getMeasureLe_q(double t, const P* q, const P* qd, const P* qdd, const C* L, unsigned constraint,
                         MBS_GeneralBodyBodyMatrix& block, unsigned rowBody, unsigned colBody) override;
     void resetCount() override;
+    void exchangeHistory(MBS_History& history) override;
 
   private:
     /// Takes v, X and Y over from the rotation matrix; atan(Y / X).

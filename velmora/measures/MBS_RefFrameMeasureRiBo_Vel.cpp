@@ -12,6 +12,7 @@
 
 #include "velmora/bodies/MBS_Body.h"
 #include "velmora/io/IO_DataModelBlock.h"
+#include "velmora/model/MBS_History.h"
 
 namespace velmora {
 
@@ -105,6 +106,12 @@ void MBS_RefFrameMeasureRiBo_XYZVel::getMeasure_qd(double, const P* q, const P*,
         return;
     updateDirection(q);
     setRow(row, direction, transposeTimes(J(rotOf(q), localPoint), direction));
+}
+
+void MBS_RefFrameMeasureRiBo_XYZVel::exchangeHistory(MBS_History& history) {
+    history.exchange(direction.data);
+    history.exchange(transEntries.data);
+    history.exchange(rotEntries.data);
 }
 
 } // namespace velmora

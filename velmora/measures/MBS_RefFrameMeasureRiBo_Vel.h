@@ -66,6 +66,7 @@ class MBS_RefFrameMeasureRiBo_XYZVel : public MBS_RefFrameMeasureRiBo_Vel {
                       Row row) override;
     void getMeasure_qd(double t, const P* q, const P* qd, const P* qdd, const C* L, unsigned body,
                        Row row) override;
+    void exchangeHistory(MBS_History& history) override;
 
   private:
     /// Takes d, |d| and n over from the state.

@@ -3,6 +3,7 @@
 #include "velmora/bodies/MBS_Body.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/model/MBS_GeneralBodyBodyMatrix.h"
+#include "velmora/model/MBS_History.h"
 #include "velmora/model/MBS_ModelDofVector.h"
 
 #include <cmath>
@@ -70,6 +71,13 @@ void MBS_RiBoRiBoMeasure_Diff_Angle::resetCount() {
     measureValue -= 2 * pi * halfTurnCount;
     halfTurnCount = 0;
     isCounting = false;
+}
+
+void MBS_RiBoRiBoMeasure_Diff_Angle::exchangeHistory(MBS_History& history) {
+    history.exchange(lastAngle);
+    history.exchange(lastAngleNotNegative);
+    history.exchange(isCounting);
+    history.exchange(halfTurnCount);
 }
 
 void MBS_RiBoRiBoMeasure_Diff_Angle::getMeasure_q(double, const P* q, const P*, const P*, const C*,

@@ -25,6 +25,7 @@ class MBS_RiBoRiBoMeasure_Diff_Angle : public MBS_RiBoRiBoMeasure_Difference {
     void getMeasureLe_q(double t, const P* q, const P* qd, const P* qdd, const C* L, unsigned constraint,
                         MBS_GeneralBodyBodyMatrix& block, unsigned rowBody, unsigned colBody) override;
     void resetCount() override;
+    void exchangeHistory(MBS_History& history) override;
 
   private:
     /// Counts a full turn where atan2 has jumped since the last angle.

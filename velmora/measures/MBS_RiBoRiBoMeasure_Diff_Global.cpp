@@ -14,6 +14,7 @@
 #include "velmora/measures/MBS_RiBoRiBoMeasure_Diff_Global.h"
 
 #include "velmora/model/MBS_GeneralBodyBodyMatrix.h"
+#include "velmora/model/MBS_History.h"
 #include "velmora/model/MBS_ModelDofVector.h"
 
 namespace velmora {
@@ -143,6 +144,10 @@ void MBS_RiBoRiBoMeasure_Diff_GlobalVel::getMeasure_qd(double, const P* q, const
     updateDirection(q);
     const Vec3 n = signOf(*i) * direction;
     setRow(row, n, transposeTimes(pointJ(*i, q), n));
+}
+
+void MBS_RiBoRiBoMeasure_Diff_GlobalVel::exchangeHistory(MBS_History& history) {
+    history.exchange(direction.data);
 }
 
 } // namespace velmora

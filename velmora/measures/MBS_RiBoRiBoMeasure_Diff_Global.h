@@ -51,6 +51,7 @@ class MBS_RiBoRiBoMeasure_Diff_GlobalVel : public MBS_RiBoRiBoMeasure_Difference
                       Row row) override;
     void getMeasure_qd(double t, const P* q, const P* qd, const P* qdd, const C* L, unsigned body,
                        Row row) override;
+    void exchangeHistory(MBS_History& history) override;
 
   private:
     /// Takes |d| and, at a distance, n over from the state.

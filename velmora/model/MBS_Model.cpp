@@ -33,6 +33,7 @@ void MBS_Model::appendErrorString(std::string* message) {
 
 // What a model without objects answers: nothing.
 void MBS_Model::resetModel() {}
+void MBS_Model::exchangeHistory(MBS_History*) {}
 MBS_GlobalModelMatrix* MBS_Model::createModelRelatedMatrix(unsigned, unsigned, const std::vector<unsigned>*,
                                                            const std::vector<unsigned>*,
                                                            const std::vector<unsigned>*,

@@ -11,6 +11,7 @@ class IO_DataModelBlock;
 class IO_OutputManager;
 class MBM_DenseStandAloneVector;
 class MBS_GlobalModelMatrix;
+class MBS_History;
 class MBS_ModelConstraintDofVector;
 class MBS_ModelPhysicalDofVector;
 class MBS_ResultFileManager;
@@ -59,6 +60,12 @@ class VELMORA_EXPORT MBS_Model : public MBS_Item {
 
     /// Takes what accumulates along a run (turns of angles, start polynomials) back to the initial state.
     virtual void resetModel();
+
+    /// Appends to the history, or takes back from it, the numbers by which evaluations to come depend on
+    /// those before: turns of angles, start polynomials, directions that hold on, what user libraries
+    /// remember. A model that was made and changed alike and takes them back goes on as this one does, after
+    /// an update at the same state.
+    virtual void exchangeHistory(MBS_History* history);
 
     /// A sparse matrix J = sum s_k B(code_k) on a grid of block rows and columns: per contribution a code, a
     /// block row, a block column and a weight. The caller deletes it before the model. With `isModifiedHHT`

@@ -5,6 +5,7 @@
 namespace velmora {
 
 class IO_DataModelBlock;
+class MBS_History;
 class MBS_Model;
 class MBS_ModelPhysicalDofVector;
 
@@ -23,6 +24,9 @@ class MBS_ModelObject : public MBS_Item {
     virtual void modifyModelElement(IO_DataModelBlock* block);
     /// Writes the object's present data back into the block; nothing for most objects.
     virtual void getDataModelOfObject(MBS_ModelPhysicalDofVector* q, IO_DataModelBlock* block);
+
+    /// Names the numbers by which evaluations to come depend on those before; none for most objects.
+    virtual void exchangeHistory(MBS_History&) {}
 
     bool active = true;
     std::string uuid;  ///< identity by which other objects refer to this one

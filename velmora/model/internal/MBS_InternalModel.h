@@ -12,6 +12,7 @@ namespace velmora {
 
 class MBS_Actor;
 class MBS_BodyGroup;
+class MBS_History;
 class MBS_ModelObject;
 
 /// The concrete model: owns all objects, in the order of their blocks, and answers the solver by walking
@@ -64,6 +65,7 @@ class MBS_InternalModel final : public MBS_Model, public MBS_ModelObjectLists {
     MBS_ResultFileManager* createResultFileManager(IO_DataModelBlock* block) override;
 
     void resetModel() override;
+    void exchangeHistory(MBS_History* history) override;
     void modifyModelElement(IO_DataModelBlock* block) override;
     void getDataModelOfObject(P* q, IO_DataModelBlock* block) override;
 

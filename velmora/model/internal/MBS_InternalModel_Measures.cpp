@@ -1,6 +1,7 @@
 #include "velmora/bodies/MBS_Body.h"
 #include "velmora/constraints/MBS_ExtConstraint.h"
 #include "velmora/data_objects/MBS_DataObject.h"
+#include "velmora/forces/MBS_Force.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/io/StringHelpers.h"
 #include "velmora/measures/MBS_Actor.h"
@@ -86,6 +87,20 @@ void MBS_InternalModel::resetModel() {
         measure->resetCount();
     for (const auto& constraint : constraints)
         constraint->resetStartPolynomial();
+}
+
+void MBS_InternalModel::exchangeHistory(MBS_History* history) {
+    const auto visit = [&](const auto& objects) {
+        for (const auto& object : objects)
+            if (object)
+                object->exchangeHistory(*history);
+    };
+    visit(dataObjects);
+    visit(bodies);
+    visit(measures);
+    visit(constraints);
+    visit(forces);
+    visit(actors);
 }
 
 void MBS_InternalModel::updateMeasures(double t, const P* q, const P* qd, const P* qdd) {
