@@ -3,6 +3,7 @@
 #include "velmora/forces/MBS_Force.h"
 #include "velmora/io/IO_DataModelBlock.h"
 #include "velmora/io/IO_OutputManager.h"
+#include "velmora/model/MBS_History.h"
 #include "velmora/model/MBS_Model.h"
 #include "velmora/model/MBS_ModelLookUp.h"
 #include "velmora/results/MBS_BodyResultFileWriters.h"
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <locale>
 #include <sstream>
 
@@ -143,6 +145,21 @@ bool MBS_ResultFileManager::writeResultsToFile(double t, MBS_ModelPhysicalDofVec
     if (isScheduled)
         nextOutputTime = std::min(nextOutputTime + outputTimeStepSize, simulationTimeEnd);
     return true;
+}
+
+bool MBS_ResultFileManager::flushAllResultFiles() {
+    return std::ranges::all_of(
+        writers, [](const Writer& writer) { return !writer->isOpen || std::fflush(writer->file) == 0; });
+}
+
+void MBS_ResultFileManager::exchangeHistory(MBS_History* history) {
+    history->exchange(nextOutputTime);
+}
+
+void MBS_ResultFileManager::skipOutputUntil(double t) {
+    if (simulationTimeEnd > 0.0 && outputTimeStepSize > 0.0 && t < simulationTimeEnd)
+        while (isOutputRequested(t))
+            nextOutputTime += outputTimeStepSize;
 }
 
 bool MBS_ResultFileManager::isErrorOccured() const {

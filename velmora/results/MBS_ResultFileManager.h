@@ -10,6 +10,7 @@ namespace velmora {
 
 class IO_DataModelBlock;
 class IO_OutputManager;
+class MBS_History;
 class MBS_ModelConstraintDofVector;
 class MBS_ModelObjectLists;
 class MBS_ModelPhysicalDofVector;
@@ -45,6 +46,13 @@ class VELMORA_EXPORT MBS_ResultFileManager {
     /// be those of q, qd.
     bool writeResultsToFile(double t, MBS_ModelPhysicalDofVector* q, MBS_ModelPhysicalDofVector* qd,
                             MBS_ModelPhysicalDofVector* qdd, MBS_ModelConstraintDofVector* multipliers);
+
+    /// Hands all that was written over to the system; false if that fails.
+    bool flushAllResultFiles();
+    /// Names the next output time, by which a manager that was made alike goes on with the schedule.
+    void exchangeHistory(MBS_History* history);
+    /// Passes over the records that were due at t or earlier, when the schedule is prolonged.
+    void skipOutputUntil(double t);
 
     /// Next time at which a record is due; -1.0 without a schedule.
     double getNextOutputTime() const { return nextOutputTime; }
