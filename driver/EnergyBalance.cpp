@@ -126,6 +126,19 @@ void EnergyBalance::compareWithStart() {
         std::max(largestMomentumDrift, std::sqrt(dot3(difference.data(), difference.data())));
 }
 
+void EnergyBalance::Sample::exchange(MBS_History& history) {
+    for (double* number : {&time, &kinetic, &potential, &power, &sumOfMomenta})
+        history.exchange(*number);
+    history.exchange(angularMomentum);
+}
+
+void EnergyBalance::exchangeHistory(MBS_History& history) {
+    first.exchange(history);
+    last.exchange(history);
+    for (double* number : {&work, &energyScale, &largestDrift, &momentumScale, &largestMomentumDrift})
+        history.exchange(*number);
+}
+
 void EnergyBalance::report(RunOutcome& outcome) const {
     outcome.energyStart = first.kinetic + first.potential;
     outcome.energyEnd = last.kinetic + last.potential;

@@ -30,6 +30,8 @@ class EnergyBalance {
     void addStep(const HHTState& state);
     /// Takes the power of forces anew where it jumps, at the state of the system's last `evaluate`.
     void takeUp(const HHTState& state) { last = measure(state); }
+    /// Names the sums.
+    void exchangeHistory(MBS_History& history);
     /// Writes what was found into the outcome.
     void report(RunOutcome& outcome) const;
 
@@ -42,6 +44,8 @@ class EnergyBalance {
         double power = 0.0; // of forces that have no part in `potential`
         Vector3 angularMomentum = {};
         double sumOfMomenta = 0.0; // norms of the bodies' own shares, for scale
+
+        void exchange(MBS_History& history);
     };
     void readGravity(IO_DataModel& dataModel);
     bool isFreeOfOutsideForces(IO_DataModel& dataModel) const;

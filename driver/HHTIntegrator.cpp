@@ -79,7 +79,6 @@ HHTIntegrator::HHTIntegrator(HHTSystem* equations, const SimulationSettings& sim
 void HHTIntegrator::setWeights() {
     const MBS_ModelPhysicalDofVector& q = present->q;
     const auto numOfBodies = static_cast<unsigned>(q.bodyOffset.size());
-    typicalLength = system->measureTypicalLength(q);
     meanMass = std::accumulate(system->bodyMasses.begin(), system->bodyMasses.end(), 0.0) / numOfBodies;
     for (unsigned body = 0; body < numOfBodies; ++body) {
         // A mode of modal mass m_j that moves the body of mass m by x on the whole has a coordinate of
@@ -112,6 +111,7 @@ double HHTIntegrator::getWeightedNorm(const double* positions) const {
 }
 
 StepResult HHTIntegrator::start(double h) {
+    typicalLength = system->measureTypicalLength(present->q);
     setWeights();
     const double small = stepShareForLag * h;
     for (unsigned i = 0; i < system->getNumOfPhysicalDof(); ++i) {
@@ -293,6 +293,19 @@ void HHTIntegrator::filterLocalError() { // (8)
     localError = getWeightedNorm(system->getCorrection().data());
     shareLeftByFilter = localError / unfiltered;
     stepsSinceFilter = 0;
+}
+
+void HHTIntegrator::exchangeHistory(MBS_History& history) {
+    for (HHTState* state : {beforePrevious, previous, present})
+        state->exchange(history);
+    for (double* number : {&typicalLength, &stepOfPresent, &stepOfMatrix, &contraction, &shareLeftByFilter})
+        history.exchange(*number);
+    history.exchange(numOfPast);
+    history.exchange(isMatrixWanted);
+    history.exchange(stepsSinceFilter);
+    history.exchange(newtonIterations);
+    if (history.isTakingBack())
+        setWeights();
 }
 
 StepResult HHTIntegrator::accept() {

@@ -32,6 +32,9 @@ class HHTIntegrator {
     /// Makes the trial state the present one, with the kernel's caches at this state.
     StepResult accept();
 
+    /// Names the past states and all that steps to come depend on beside the system's own history.
+    void exchangeHistory(MBS_History& history);
+
     HHTState& getState() { return *present; }
     /// The state at which a failure occurred.
     const HHTState& getTrialState() const { return *trial; }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <span>
 
 namespace velmora::driver {
 
@@ -68,6 +69,14 @@ HHTState::HHTState(MBS_Model* model) : q(model), qd(model), qdd(model), a(model)
     setZero(qdd);
     setZero(a);
     setZero(lambda);
+}
+
+void HHTState::exchange(MBS_History& history) {
+    history.exchange(time);
+    for (const auto* vector : {&q, &qd, &qdd, &a})
+        history.exchange(std::span(vector->dofVector->data, vector->dofVector->size));
+    if (lambda.dofVector)
+        history.exchange(std::span(lambda.dofVector->data, lambda.dofVector->size));
 }
 
 HHTSystem::HHTSystem(MBS_Model* multibodyModel)

@@ -17,6 +17,7 @@ enum class StepResult { Converged, NotConverged, NotFinite, Singular };
 /// State of the model at one time, with the auxiliary acceleration of the integrator.
 struct HHTState {
     explicit HHTState(MBS_Model* model);
+    void exchange(MBS_History& history);
 
     double time = 0.0;
     MBS_ModelPhysicalDofVector q, qd, qdd;
@@ -95,6 +96,10 @@ class HHTSystem {
     /// Right-hand side of the last solve in the units of a force: where the equations aren't fulfilled.
     const std::vector<double>& getRightHandSide() const { return rightHandSide; }
     const SparseSolver& getSolver() const { return *solver; }
+
+    /// Names what solutions to come depend on beside the state: the factorised matrix. The equations left out
+    /// must be the same.
+    void exchangeHistory(MBS_History& history) { solver->exchangeHistory(history); }
 
     /// Seconds spent in the kernel so far.
     double getKernelSeconds() const { return std::chrono::duration<double>(kernelTime).count(); }

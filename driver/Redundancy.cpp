@@ -17,6 +17,11 @@ bool Redundancy::leaveOutDependentEquations(double tolerance) {
     const SparseRows rows = system->getConstraintRows();
     rowLengths = getRowLengths(rows);
     found = findRank(rows, tolerance);
+    return leaveOutFound();
+}
+
+/// True if these aren't the equations that are left out already.
+bool Redundancy::leaveOutFound() {
     std::vector<unsigned> equations;
     for (const DependentEquation& dependent : found.dependent)
         equations.push_back(dependent.equation);
@@ -24,6 +29,44 @@ bool Redundancy::leaveOutDependentEquations(double tolerance) {
         return false;
     system->leaveOut(equations);
     return true;
+}
+
+void Redundancy::exchangeHistory(MBS_History& history) {
+    history.exchange(rowLengths);
+    history.exchange(found.rank);
+    auto numOfDependent = found.dependent.size();
+    history.exchange(numOfDependent);
+    if (history.isTakingBack())
+        found.dependent.resize(std::min<std::size_t>(numOfDependent, system->getNumOfConstraints()));
+    for (DependentEquation& dependent : found.dependent) {
+        history.exchange(dependent.equation);
+        auto numOfTerms = dependent.combination.size();
+        history.exchange(numOfTerms);
+        if (history.isTakingBack())
+            dependent.combination.resize(std::min<std::size_t>(numOfTerms, system->getNumOfConstraints()));
+        for (auto& [equation, coefficient] : dependent.combination) {
+            history.exchange(equation);
+            history.exchange(coefficient);
+        }
+    }
+    if (!history.isTakingBack())
+        return;
+    if (isSound())
+        leaveOutFound();
+    else
+        history.refuse();
+}
+
+/// Whether all numbers of equations are such.
+bool Redundancy::isSound() const {
+    const unsigned end = system->getNumOfConstraints();
+    bool isSound = rowLengths.size() == end;
+    for (const DependentEquation& dependent : found.dependent) {
+        isSound = isSound && dependent.equation < end;
+        for (const auto& [equation, coefficient] : dependent.combination)
+            isSound = isSound && equation < end;
+    }
+    return isSound;
 }
 
 std::vector<std::string> Redundancy::describe() const {

@@ -22,6 +22,9 @@ class Redundancy {
     /// they aren't those that were left out before. With a larger tolerance also what is nearly dependent.
     bool leaveOutDependentEquations(double tolerance = sameEquation);
 
+    /// Names the choice; taking it back leaves the equations out of the system.
+    void exchangeHistory(MBS_History& history);
+
     /// Number of independent constraint equations, those of the Euler parameters among them.
     unsigned getRank() const { return found.rank; }
     unsigned getNumOfDependentEquations() const { return static_cast<unsigned>(found.dependent.size()); }
@@ -42,6 +45,8 @@ class Redundancy {
     Violation findLargestViolation() const;
 
   private:
+    bool leaveOutFound();
+    bool isSound() const;
     const double* getResiduals() const { return system->constraintResidual.dofVector->data; }
 
     HHTSystem* system;          // not owned

@@ -50,15 +50,19 @@ std::string findErrorInSettings(const SimulationSettings& settings) {
 class Simulation::Impl {
   public:
     Impl(MBS_Model* multibodyModel, IO_DataModel* input, MBS_ResultFileManager* resultFiles,
-         const SimulationSettings& simulationSettings, Progress progressReport, Record recordReport)
+         const SimulationSettings& simulationSettings, Progress progressReport, Record recordReport,
+         Save saveReport)
         : model(multibodyModel),
           dataModel(input),
           results(resultFiles),
           settings(simulationSettings),
           progress(std::move(progressReport)),
-          record(std::move(recordReport)) {}
+          record(std::move(recordReport)),
+          save(std::move(saveReport)) {}
 
-    RunOutcome run();
+    /// From a history, or from the initial state if there is none.
+    RunOutcome run(MBS_History* history);
+    void exchangeHistory(MBS_History& history);
     const HHTState& getState() const { return integrator->getState(); }
 
   private:
@@ -69,6 +73,7 @@ class Simulation::Impl {
 
     std::string findErrorBeforeStart() const;
     bool start();
+    bool takeUp(MBS_History& history);
     bool advance();
     Plan planStep() const;
     Plan planFixedStep() const;
@@ -79,6 +84,7 @@ class Simulation::Impl {
     bool applyChanges();
     bool beginAnew(double length);
     void writeResults();
+    void saveIfDue(double timeBefore);
     bool failForAccuracy(const Plan& plan);
     bool fail(StepResult result, const HHTState& state, double length);
     bool failForViolation(const Redundancy::Violation& violation);
@@ -96,6 +102,7 @@ class Simulation::Impl {
     SimulationSettings settings;
     Progress progress;
     Record record;
+    Save save;
     std::unique_ptr<HHTSystem> system;
     std::unique_ptr<EquationNames> names;
     std::unique_ptr<Redundancy> redundancy;
@@ -108,7 +115,7 @@ class Simulation::Impl {
     bool hasChosenOthers = false; // equations to leave out, since the last accepted step
 };
 
-RunOutcome Simulation::Impl::run() {
+RunOutcome Simulation::Impl::run(MBS_History* history) {
     const auto begin = std::chrono::steady_clock::now();
     outcome = RunOutcome();
     outcome.diagnostic = findErrorBeforeStart();
@@ -118,7 +125,7 @@ RunOutcome Simulation::Impl::run() {
         redundancy = std::make_unique<Redundancy>(system.get(), names.get());
         integrator = std::make_unique<HHTIntegrator>(system.get(), settings);
         balance = std::make_unique<EnergyBalance>(system.get(), dataModel);
-        outcome.succeeded = start() && advance();
+        outcome.succeeded = (history ? takeUp(*history) : start()) && advance();
         collectStatistics();
     }
     outcome.wallSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
@@ -156,8 +163,57 @@ bool Simulation::Impl::start() {
     return true;
 }
 
+bool Simulation::Impl::takeUp(MBS_History& history) {
+    exchangeHistory(history);
+    if (outcome.diagnostic.empty() && !(history.isWhole() && outcome.timeReached > 0.0 && wantedStep > 0.0))
+        outcome.diagnostic = "The restart point isn't one of this model.";
+    if (!outcome.diagnostic.empty()) {
+        outcome.isModelAtFault = true;
+        return false;
+    }
+    outcome.timeOfResumption = outcome.timeReached;
+    outcome.start.redundantEquations = redundancy->describe();
+    const HHTState& state = integrator->getState();
+    model->setTimeOfLastSuccessfulStep(state.time);
+    return system->evaluate(state) || fail(StepResult::NotFinite, state, wantedStep);
+}
+
+/// What has its own order: changes make the model whose history follows, and equations are left out of the
+/// matrix that follows.
+void Simulation::Impl::exchangeHistory(MBS_History& history) {
+    double endTime = settings.endTime;
+    for (double* number :
+         {&outcome.timeReached, &outcome.largestStep, &outcome.smallestStep, &wantedStep, &endTime})
+        history.exchange(*number);
+    history.exchange(outcome.steps);
+    history.exchange(outcome.rejectedSteps);
+    history.exchange(outcome.start.degreesOfFreedom);
+    history.exchange(hasJustFailed);
+    if (history.isTakingBack() && !applyChanges())
+        return;
+    redundancy->exchangeHistory(history);
+    integrator->exchangeHistory(history);
+    system->exchangeHistory(history);
+    balance->exchangeHistory(history);
+    model->exchangeHistory(&history);
+    if (results)
+        results->exchangeHistory(&history);
+    if (results && endTime != settings.endTime)
+        results->skipOutputUntil(outcome.timeReached);
+}
+
+void Simulation::Impl::saveIfDue(double timeBefore) {
+    const auto countPoints = [this](double t) {
+        return std::floor((t + sameTime * settings.step) / settings.restartInterval);
+    };
+    const double t = outcome.timeReached;
+    if (save && (t >= settings.endTime || countPoints(t) > countPoints(timeBefore)))
+        save(t);
+}
+
 bool Simulation::Impl::advance() {
     while (outcome.timeReached < settings.endTime) {
+        const double timeBefore = outcome.timeReached;
         const Plan plan = settings.fixedStep ? planFixedStep() : planStep();
         StepResult result = integrator->tryStep(plan.endTime, plan.length);
         if (result != StepResult::Converged) {
@@ -180,6 +236,7 @@ bool Simulation::Impl::advance() {
         const std::size_t before = numOfChangesDone;
         if (!applyChanges() || (numOfChangesDone > before && !beginAnew(wantedStep)))
             return false;
+        saveIfDue(timeBefore);
     }
     return true;
 }
@@ -216,10 +273,14 @@ bool Simulation::Impl::beginAnew(double length) {
 Simulation::Impl::Plan Simulation::Impl::planFixedStep() const {
     // Times are multiples of the step, so that rounding doesn't add up.
     const double h = settings.step;
-    const double next = static_cast<double>(outcome.steps + 1) * h;
+    const double t = outcome.timeReached;
+    const double count = std::round(t / h);
+    // A run that is prolonged may go on after a step that its first end had shortened.
+    const bool isBetween = std::fabs(t - count * h) > sameTime * h;
+    const double next = isBetween ? std::ceil(t / h) * h : (count + 1.0) * h;
     if (next < settings.endTime - sameTime * h)
-        return {next, h, false};
-    const double rest = settings.endTime - outcome.timeReached;
+        return {next, isBetween ? next - t : h, isBetween};
+    const double rest = settings.endTime - t;
     const bool isWhole = std::fabs(rest - h) <= sameTime * h;
     return {settings.endTime, isWhole ? h : rest, !isWhole};
 }
@@ -389,9 +450,9 @@ void Simulation::Impl::collectStatistics() {
 }
 
 Simulation::Simulation(MBS_Model* model, IO_DataModel* dataModel, MBS_ResultFileManager* results,
-                       const SimulationSettings& settings, Progress progress, Record record)
-    : impl(std::make_unique<Impl>(model, dataModel, results, settings, std::move(progress),
-                                  std::move(record))) {}
+                       const SimulationSettings& settings, Progress progress, Record record, Save save)
+    : impl(std::make_unique<Impl>(model, dataModel, results, settings, std::move(progress), std::move(record),
+                                  std::move(save))) {}
 
 Simulation::~Simulation() = default;
 
@@ -400,7 +461,15 @@ const HHTState& Simulation::getState() const {
 }
 
 RunOutcome Simulation::run() {
-    return impl->run();
+    return impl->run(nullptr);
+}
+
+RunOutcome Simulation::resume(MBS_History& history) {
+    return impl->run(&history);
+}
+
+void Simulation::exchangeHistory(MBS_History& history) {
+    impl->exchangeHistory(history);
 }
 
 } // namespace velmora::driver

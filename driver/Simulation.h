@@ -7,6 +7,7 @@
 
 namespace velmora {
 class IO_DataModel;
+class MBS_History;
 class MBS_Model;
 class MBS_ResultFileManager;
 } // namespace velmora
@@ -23,11 +24,15 @@ class Simulation {
     using Progress = std::function<void(double t, double step)>;
     /// Called where a record of results is due, with measures of this time.
     using Record = std::function<void(double t)>;
+    /// Called where a restart point is due: after the first step that ends at a multiple of the interval or
+    /// later, and at the end. `exchangeHistory` may be called then.
+    using Save = std::function<void(double t)>;
 
     /// The model must be free of errors. `dataModel` gives the names in diagnostics; it is the one that the
     /// model was made of. `results` may be null. All three are not owned and must outlive the simulation.
     Simulation(MBS_Model* model, IO_DataModel* dataModel, MBS_ResultFileManager* results,
-               const SimulationSettings& settings, Progress progress = {}, Record record = {});
+               const SimulationSettings& settings, Progress progress = {}, Record record = {},
+               Save save = {});
     Simulation(const Simulation&) = delete;
     Simulation& operator=(const Simulation&) = delete;
     ~Simulation();
@@ -35,6 +40,12 @@ class Simulation {
     /// Runs from the initial state. A failure is told in the outcome; the results up to it are written. One
     /// run per object.
     RunOutcome run();
+    /// Goes on from a restart point of a run of the same model, with the same settings but for the end time
+    /// and the interval of restart points: with the same end time as that run itself did, to the last bit.
+    RunOutcome resume(MBS_History& history);
+
+    /// Names all that the rest of the run depends on; as long as `save` is called.
+    void exchangeHistory(MBS_History& history);
 
     /// Where a run that succeeded has ended.
     const HHTState& getState() const;

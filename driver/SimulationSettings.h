@@ -40,7 +40,8 @@ struct SimulationSettings {
     std::vector<ScheduledChange> changes = {};
     bool positionsOnly = false;         ///< velocities and accelerations of the start don't matter
     std::vector<BodyStart> starts = {}; ///< bodies that start elsewhere than the model puts them
-    double longestStep = std::numeric_limits<double>::infinity(); ///< of steps of controlled length
+    double longestStep = std::numeric_limits<double>::infinity();     ///< of steps of controlled length
+    double restartInterval = std::numeric_limits<double>::infinity(); ///< between restart points
 };
 
 /// How the initial state was made consistent with the constraints.
@@ -66,6 +67,7 @@ struct RunOutcome {
     std::string diagnostic;      ///< why the run failed; empty if it succeeded
     bool isModelAtFault = false; ///< the run failed, since the model contradicts itself or the settings
     StartReport start;
+    double timeOfResumption = 0.0; ///< of the restart point from which the run went on; 0: of the start
     double timeReached = 0.0;
 
     unsigned long steps = 0;         ///< accepted steps

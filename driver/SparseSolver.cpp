@@ -80,15 +80,55 @@ double* SparseSolver::gatherValues() {
     return values.data();
 }
 
+void SparseSolver::scatterValues(const std::vector<double>& factorised) {
+    for (std::size_t k = 0; k < factorised.size(); ++k)
+        matrix->values[sources.empty() ? k : sources[k]] = factorised[k];
+}
+
+void SparseSolver::exchangeHistory(MBS_History& history) {
+    const std::size_t count = columns.size();
+    std::vector<double> ofPivots, refactorised;
+    if (numeric)
+        ofPivots = valuesOfPivots;
+    if (numeric && hasOldPivots) {
+        const double* last = sources.empty() ? matrix->values : values.data();
+        refactorised.assign(last, last + count);
+    }
+    unsigned long counts[] = {factorisations, refactorisations};
+    for (unsigned long& number : counts)
+        history.exchange(number);
+    history.exchange(ofPivots);
+    history.exchange(refactorised);
+    if (!history.isTakingBack())
+        return;
+    numeric.reset();
+    const auto isSound = [count](const auto& list) { return list.empty() || list.size() == count; };
+    if (!isSound(ofPivots) || !isSound(refactorised) || !repeatFactorisations(ofPivots, refactorised))
+        history.refuse();
+    factorisations = counts[0];
+    refactorisations = counts[1];
+}
+
+bool SparseSolver::repeatFactorisations(std::vector<double>& ofPivots,
+                                        const std::vector<double>& refactorised) {
+    if (ofPivots.empty())
+        return refactorised.empty();
+    scatterValues(ofPivots);
+    if (!symbolic || !factoriseWithNewPivots(ofPivots.data()))
+        return false;
+    if (refactorised.empty())
+        return true;
+    scatterValues(refactorised);
+    return refactoriseWithOldPivots(gatherValues());
+}
+
 bool SparseSolver::factorise() {
     if (!symbolic) {
         singularEquation = matrix->rows;
         return false;
     }
     double* present = gatherValues();
-    if (numeric && refactoriseWithOldPivots(present))
-        return true;
-    return factoriseWithNewPivots(present);
+    return (numeric && refactoriseWithOldPivots(present)) || factoriseWithNewPivots(present);
 }
 
 void SparseSolver::solve(double* rightHandSide) {
@@ -106,6 +146,7 @@ void SparseSolver::solve(double* rightHandSide) {
 
 bool SparseSolver::refactoriseWithOldPivots(double* present) {
     ++refactorisations;
+    hasOldPivots = true;
     if (!klu_refactor(rowStarts.data(), columns.data(), present, symbolic.get(), numeric.get(),
                       common.get()) ||
         common->status == KLU_SINGULAR)
@@ -121,6 +162,7 @@ bool SparseSolver::refactoriseWithOldPivots(double* present) {
 
 bool SparseSolver::factoriseWithNewPivots(double* present) {
     ++factorisations;
+    hasOldPivots = false;
     numeric.reset(klu_factor(rowStarts.data(), columns.data(), present, symbolic.get(), common.get()));
     if (!numeric || common->status == KLU_SINGULAR) {
         // A column of the transposed matrix is an equation.
@@ -135,6 +177,7 @@ bool SparseSolver::factoriseWithNewPivots(double* present) {
         numeric.reset();
         return false;
     }
+    valuesOfPivots.assign(present, present + columns.size());
     conditionAtFactorisation = common->rcond;
     klu_rgrowth(rowStarts.data(), columns.data(), present, symbolic.get(), numeric.get(), common.get());
     pivotGrowthAtFactorisation = common->rgrowth;

@@ -7,6 +7,7 @@
 
 namespace velmora {
 class MBM_SparseMat_CSR3;
+class MBS_History;
 } // namespace velmora
 
 namespace velmora::driver {
@@ -35,6 +36,10 @@ class SparseSolver {
     /// Row, from 0, without a pivot after a failing `factorise`; the number of rows if it isn't known.
     unsigned getSingularEquation() const { return singularEquation; }
 
+    /// Names the values of the last factorisation and of that which chose its pivots. Taking them back
+    /// repeats both: solutions are the same to the last bit.
+    void exchangeHistory(MBS_History& history);
+
     unsigned long getNumOfFactorisations() const { return factorisations; }
     unsigned long getNumOfRefactorisations() const { return refactorisations; }
 
@@ -50,7 +55,9 @@ class SparseSolver {
 
     void analyse();
     double* gatherValues();
+    void scatterValues(const std::vector<double>& factorised);
     bool refactoriseWithOldPivots(double* values);
+    bool repeatFactorisations(std::vector<double>& ofPivots, const std::vector<double>& refactorised);
     bool factoriseWithNewPivots(double* values);
     unsigned findSmallestPivot() const;
     unsigned getEquation(int row) const;
@@ -65,6 +72,8 @@ class SparseSolver {
     std::unique_ptr<klu_common> common; // at a fixed address: the two below refer to it
     std::unique_ptr<klu_symbolic, FreeSymbolic> symbolic;
     std::unique_ptr<klu_numeric, FreeNumeric> numeric;
+    std::vector<double> valuesOfPivots; // from which the pivots were chosen
+    bool hasOldPivots = false;          // the last factorisation kept them
     double pivotGrowthAtFactorisation = 1.0;
     double conditionAtFactorisation = 1.0; // smallest over largest pivot
     unsigned singularEquation = 0;
