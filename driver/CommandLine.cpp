@@ -27,7 +27,7 @@ CLI::App* addCommand(CLI::App& app, Options& options, const char* name, const ch
     return command;
 }
 
-std::string findErrorInEndTime(const std::string& text) {
+std::string findErrorInDuration(const std::string& text) {
     double value = 0.0;
     if (CLI::detail::lexical_cast(text, value) && std::isfinite(value) && value > 0.0)
         return {};
@@ -39,6 +39,29 @@ std::string findErrorInTime(const std::string& text) {
     if (CLI::detail::lexical_cast(text, value) && std::isfinite(value) && value >= 0.0)
         return {};
     return fmt::format("must be a number of seconds that isn't negative, and is {}", text);
+}
+
+CLI::App* addRunCommand(CLI::App& app, Options& options) {
+    CLI::App* command = addCommand(app, options, "run", "Simulate a model");
+    command
+        ->add_option("-o,--output", options.resultDirectory,
+                     "Folder of the results; results/<name of the model file> if not given")
+        ->type_name("DIR");
+    command->add_option("--end-time", options.endTime, "End time in seconds, instead of the model file's")
+        ->type_name("T")
+        ->check(findErrorInDuration);
+    command
+        ->add_option(
+            "--restart-every", options.restartInterval,
+            "Write a restart file beside the results after each T seconds of the run, and at its end")
+        ->type_name("T")
+        ->check(findErrorInDuration);
+    command
+        ->add_option("--continue", options.restartFile,
+                     "Go on from a restart file; results are appended to those that are there")
+        ->type_name("FILE");
+    command->add_flag("--quiet", options.isQuiet, "Show neither progress nor summary");
+    return command;
 }
 
 CLI::App* addStaticCommand(CLI::App& app, Options& options) {
@@ -127,14 +150,7 @@ int runProgram(int argc, const char* const* argv) {
     app.require_subcommand(0, 1);
     app.set_version_flag("--version",
                          fmt::format("velmora {} ({}, {})", getVersionText(), getBuildDate(), getBuildId()));
-    CLI::App* run = addCommand(app, options, "run", "Simulate a model");
-    run->add_option("-o,--output", options.resultDirectory,
-                    "Folder of the results; results/<name of the model file> if not given")
-        ->type_name("DIR");
-    run->add_option("--end-time", options.endTime, "End time in seconds, instead of the model file's")
-        ->type_name("T")
-        ->check(findErrorInEndTime);
-    run->add_flag("--quiet", options.isQuiet, "Show neither progress nor summary");
+    const CLI::App* run = addRunCommand(app, options);
     CLI::App* check = addCommand(app, options, "check", "Look for errors and show what a model holds");
     check->add_flag("--derivatives", options.checksDerivatives,
                     "Compare all derivatives of the model with differences");

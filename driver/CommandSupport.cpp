@@ -25,6 +25,8 @@ SimulationSettings makeSettings(const Options& options, const ModelFile& file) {
     for (const ModelChange& change : file.changes)
         settings.changes.push_back({change.time, change.block});
     settings.starts = file.starts;
+    if (options.restartInterval)
+        settings.restartInterval = *options.restartInterval;
     return settings;
 }
 

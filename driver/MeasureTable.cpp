@@ -8,10 +8,12 @@
 
 namespace velmora::driver {
 
-MeasureTable::MeasureTable(MBS_Model* multibodyModel, std::string name)
+MeasureTable::MeasureTable(MBS_Model* multibodyModel, std::string name, bool isContinued)
     : model(multibodyModel),
       fileName(std::move(name)),
-      stream(fileName, std::ios::binary) {
+      stream(fileName, isContinued ? std::ios::binary | std::ios::app : std::ios::binary | std::ios::out) {
+    if (isContinued)
+        return;
     stream << "t";
     for (unsigned i = 0; i < model->getNumOfMeasures(); ++i) {
         std::string label;
@@ -26,6 +28,10 @@ void MeasureTable::write(double t) {
     for (unsigned i = 0; i < model->getNumOfMeasures(); ++i)
         stream << fmt::format(",{}", model->getMeasureValue(i));
     stream << "\n";
+}
+
+bool MeasureTable::flush() {
+    return stream.flush().good();
 }
 
 bool MeasureTable::close() {

@@ -13,11 +13,14 @@ namespace velmora::driver {
 /// per record, with the shortest numbers that read back to the same.
 class MeasureTable {
   public:
-    /// Opens the file and writes the first line. The model isn't owned.
-    MeasureTable(MBS_Model* model, std::string fileName);
+    /// Opens the file and writes the first line; a file that is continued is opened at its end. The model
+    /// isn't owned.
+    MeasureTable(MBS_Model* model, std::string fileName, bool isContinued = false);
 
     /// Writes the present values of the measures as a record.
     void write(double t);
+    /// Hands what was written over to the system; false if that fails.
+    bool flush();
     /// Closes the file; false if it couldn't be written as a whole.
     bool close();
 

@@ -24,11 +24,13 @@ struct EigenOptions {
 /// What the user asked for.
 struct Options {
     std::string modelFile;
-    std::string resultDirectory;    ///< of `run` and `static`; empty: results/<stem of the model file>
-    std::optional<double> endTime;  ///< of `run`, in seconds; overrides the model file's
-    double time = 0.0;              ///< of `static`, in seconds: of motions and forces
-    bool isQuiet = false;           ///< of `run` and `static`: neither progress nor summary
-    bool checksDerivatives = false; ///< of `check`
+    std::string resultDirectory;           ///< of `run` and `static`; empty: results/<stem of the model file>
+    std::optional<double> endTime;         ///< of `run`, in seconds; overrides the model file's
+    std::optional<double> restartInterval; ///< of `run`, in seconds: restart files are wanted
+    std::string restartFile;               ///< of `run`: from which it goes on; empty: from the start
+    double time = 0.0;                     ///< of `static`, in seconds: of motions and forces
+    bool isQuiet = false;                  ///< of `run` and `static`: neither progress nor summary
+    bool checksDerivatives = false;        ///< of `check`
     EigenOptions eigen;
     bool isLenient = false; ///< findings of the strict checks are warnings
 };

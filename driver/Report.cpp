@@ -68,10 +68,14 @@ std::string summarize(const RunOutcome& outcome, const std::vector<std::string>&
     const StartReport& start = outcome.start;
     addLine("Freedom", fmt::format("{} degrees of freedom, {} redundant equations", start.degreesOfFreedom,
                                    start.redundantEquations.size()));
-    addLine("Start positions", describeChange(start.translation, "m", start.rotation, "rad"));
-    addLine("Start velocities", describeChange(start.velocity, "m/s", start.angularVelocity, "rad/s"));
-    addLine("Start forces",
-            "in balance with accelerations of at most " + describe(start.acceleration, "m/s^2"));
+    if (outcome.timeOfResumption > 0.0) {
+        addLine("Continued from", fmt::format("{:.9g} s", outcome.timeOfResumption));
+    } else {
+        addLine("Start positions", describeChange(start.translation, "m", start.rotation, "rad"));
+        addLine("Start velocities", describeChange(start.velocity, "m/s", start.angularVelocity, "rad/s"));
+        addLine("Start forces",
+                "in balance with accelerations of at most " + describe(start.acceleration, "m/s^2"));
+    }
     addLine("Steps", fmt::format("{} accepted, {} rejected", outcome.steps, outcome.rejectedSteps));
     addLine("Step length", describeStepLength(outcome));
     addLine("Newton iterations", fmt::format("{}", outcome.newtonIterations));
