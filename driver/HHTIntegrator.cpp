@@ -16,11 +16,13 @@
 // (5)  dq = c2 dqdd, dv = c1 dqdd,  c1 = (1 + alpha) gamma h,  c2 = (1 + alpha) beta h^2
 // (6)  a_n <- qdd_n + (h / h_old) (a_n - qdd_n): the lag alpha h, fitted to a new step
 // (7)  local error of q: e = (beta + alpha/2 - 1/6) h^2 (a_n+1 - a_n), since a_n+1 - a_n = h dqdd/dt + O(h^2)
-// (8)  filtered by the matrix of Newton's iteration: J (e, mu) = (M e, 0), so that Cq e = 0
+// (8)  filtered by the matrix of Newton's iteration: J (e', mu) = (M e, S Cq e), so that Cq e' = S Cq e with
+//      S = 1 for an equation that time drives, and 0 for others
 // (9)  first guess: x_n+1 = x_n-1 + (t_n+1 - t_n-1) / (t_n - t_n-2) (x_n - x_n-2), for x = qdd and lambda
 //
 // Without (8), what accelerations oscillate by across the constraints would count as error. It is rounding
-// over h^2, hardly damped for alpha near 0, and doesn't fall with the step: the step would collapse.
+// over h^2, hardly damped for alpha near 0, and doesn't fall with the step: the step would collapse. What
+// time drives moves across its constraint, though, and nothing else may tell how fast.
 // (9) hits what is linear in time and, at equal steps, what alternates from step to step, as these
 // oscillations do; the line through the last two values would triple them.
 
@@ -288,7 +290,7 @@ void HHTIntegrator::filterLocalError() { // (8)
     }
     const double unfiltered = localError;
     system->multiplyByMass(errors, weightedErrors);
-    std::fill_n(data(constraintWork), system->getNumOfConstraints(), 0.0);
+    system->computeDrivenPart(*trial, errors, constraintWork);
     system->solve(data(weightedErrors), data(constraintWork)); // the sign doesn't matter
     localError = getWeightedNorm(system->getCorrection().data());
     shareLeftByFilter = localError / unfiltered;

@@ -298,13 +298,26 @@ void HHTSystem::solveForNewtonCorrection(double c2) {
 
 void HHTSystem::computeVelocityResidual(const HHTState& state, MBS_ModelConstraintDofVector& out) {
     computeTimeTerms(state, out);
+    for (unsigned i = 0; i < numOfConstraints; ++i)
+        out.dofVector->data[i] += multiplyConstraintRow(i, state.qd);
+}
+
+void HHTSystem::computeDrivenPart(const HHTState& state, const MBS_ModelPhysicalDofVector& x,
+                                  MBS_ModelConstraintDofVector& out) {
+    computeTimeTerms(state, out);
+    for (unsigned i = 0; i < numOfConstraints; ++i)
+        if (double& value = out.dofVector->data[i]; value != 0.0)
+            value = multiplyConstraintRow(i, x);
+}
+
+/// Of Cq times x.
+double HHTSystem::multiplyConstraintRow(unsigned i, const MBS_ModelPhysicalDofVector& x) const {
     const MBM_SparseMat_CSR3& J = *matrix->getPointerToSparseJacobian();
-    for (unsigned i = 0; i < numOfConstraints; ++i) {
-        const unsigned row = numOfPhysicalDof + i;
-        for (unsigned k = J.rowIndex[row] - 1; k < J.rowIndex[row + 1] - 1; ++k)
-            out.dofVector->data[i] +=
-                J.values[k] / typicalMass * state.qd.dofVector->data[J.colIndices[k] - 1];
-    }
+    const unsigned row = numOfPhysicalDof + i;
+    double sum = 0.0;
+    for (unsigned k = J.rowIndex[row] - 1; k < J.rowIndex[row + 1] - 1; ++k)
+        sum += J.values[k] / typicalMass * x.dofVector->data[J.colIndices[k] - 1];
+    return sum;
 }
 
 void HHTSystem::computeTimeTerms(const HHTState& state, MBS_ModelConstraintDofVector& out) {

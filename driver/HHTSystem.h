@@ -74,6 +74,10 @@ class HHTSystem {
     void computeVelocityResidual(const HHTState& state, MBS_ModelConstraintDofVector& out);
     /// C_t at the state of the last `evaluate`.
     void computeTimeTerms(const HHTState& state, MBS_ModelConstraintDofVector& out);
+    /// Cq x for equations that depend on time at the state of the last `evaluate`, 0 for others; with the
+    /// matrix of the last `refreshMatrix`.
+    void computeDrivenPart(const HHTState& state, const MBS_ModelPhysicalDofVector& x,
+                           MBS_ModelConstraintDofVector& out);
     /// out = M x, with the mass matrix of the last `evaluate`.
     void multiplyByMass(const MBS_ModelPhysicalDofVector& x, MBS_ModelPhysicalDofVector& out);
     /// (dCq/dt) qd + C_tt: what Cq qdd has to balance.
@@ -117,6 +121,7 @@ class HHTSystem {
     void measureModes(HHTState& state);
     bool sumResidual();
     void makeMatrix();
+    double multiplyConstraintRow(unsigned i, const MBS_ModelPhysicalDofVector& x) const;
 
     MBS_Model* model; // not owned
     unsigned numOfPhysicalDof;

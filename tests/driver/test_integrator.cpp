@@ -145,6 +145,35 @@ TEST(Simulation, VariableStepsFollowTheTolerance) {
     }
 }
 
+// Whatever the tolerance, nothing but the motion tells how fast the wheel turns.
+TEST(Simulation, WhatTimeDrivesIsFollowedAsAccurately) {
+    Input input;
+    input.addBody("wheel", 1.0, "1, 1, 1", "0, 0, 0", "0, 0, 0");
+    input.addJoint("hinge", "wheel, 0", "0, 0, 0", "dx dy dz ax ay");
+    IO_DataModelBlock* angle = input.data.addBlock("Measure", "Rotational", "angle", "angle", ".");
+    angle->addKeyValue("BodyIDs", "wheel, 0");
+    angle->addKeyValue("MeasureCoordinate", "Angle");
+    angle->addKeyValue("MeasureVec", "1, 0, 0");
+    angle->addKeyValue("MeasurePlaneVec1", "1, 0, 0");
+    angle->addKeyValue("MeasurePlaneVec2", "0, 1, 0");
+    IO_DataModelBlock* motor = input.data.addBlock("Constraint", "TimeMotion", "motor", "motor", ".");
+    motor->addKeyValue("BodyIDs", "wheel, 0");
+    motor->addKeyValue("Measure", "angle");
+    motor->addKeyValue("MotionExpression", "1 - cos(8 * simtime[])");
+    motor->addKeyValue("ActivationPeriod", "0");
+    motor->addKeyValue("PointOfApplication_Body1", "0, 0, 0");
+    const double endTime = 2.0;
+    for (const double tolerance : {1e-5, 1e-6, 1e-7}) {
+        const TestRun run(input, {endTime, 1e-3, false, tolerance});
+        ASSERT_TRUE(run.outcome.succeeded) << run.outcome.diagnostic;
+        // |de/dt| is half the angular velocity.
+        const double* de = run.qd() + 3;
+        const double speed = 2.0 * std::sqrt(de[0] * de[0] + de[1] * de[1] + de[2] * de[2] + de[3] * de[3]);
+        EXPECT_NEAR(speed, std::fabs(8.0 * std::sin(8.0 * endTime)), 10.0 * std::pow(tolerance, 2.0 / 3.0))
+            << tolerance;
+    }
+}
+
 TEST(Simulation, EnergyAndMomentumOfTheFreeTopDriftWithTheSquareOfTheStep) {
     Input input;
     TorqueFreeTop().addTo(input);
