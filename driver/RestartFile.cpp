@@ -119,7 +119,10 @@ bool RestartFile::write(const std::string& fileName) const {
                                {"fingerprint", getFingerprint(*this, numbers)}};
     const std::string newName = fileName + ".new";
     std::ofstream stream(newName, std::ios::binary);
-    stream << document << "\n";
+    // Names may hold anything: only strings with escapes take all of it.
+    constexpr auto plainStrings =
+        toml::toml_formatter::default_flags & ~toml::format_flags::allow_literal_strings;
+    stream << toml::toml_formatter(document, plainStrings) << "\n";
     stream.close();
     std::error_code error;
     if (stream)
@@ -139,8 +142,9 @@ std::optional<RestartFile> readRestartFile(const std::string& fileName, std::str
         if (!format || !version)
             error = fileName + ": isn't a restart file";
         else if (*format != presentFormat || *version != getVersionText())
-            error = fmt::format("{}: was written by version {} of the program, and this is version {}",
-                                fileName, *version, getVersionText());
+            error = fmt::format("{}: was written in format {} by version {} of the program, and this is "
+                                "format {} of version {}",
+                                fileName, *format, *version, presentFormat, getVersionText());
         else if (!readContents(document, file))
             error = fileName + ": the restart file is damaged";
     } catch (const toml::parse_error& failure) {

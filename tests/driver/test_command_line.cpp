@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 
 namespace velmora::driver {
 namespace {
@@ -92,6 +93,65 @@ TEST_F(Program, TakesOptionsBeforeTheModelFile) {
     EXPECT_TRUE(fs::exists(folder / "some/place/falling.srf"));
     EXPECT_FALSE(fs::exists(folder / "results"));
     EXPECT_THAT(readText(folder / "some/place/falling.srf"), HasSubstr("\n1.250000000000E-01\n"));
+}
+
+TEST_F(Program, ContinuesARunByteForByte) {
+    const std::string measure =
+        "[[Measure]]\ntype = 'Translational'\nuuid = 'height'\nBodyIDs = ['stone', '0']\n"
+        "MeasureMode = 'disp'\nMeasureCoordinate = 'Z'\n"
+        "MeasureLocation_Body1 = [0, 0, 0]\nMeasureLocation_Body2 = [0, 0, 0]\n";
+    // Records at 0.15, 0.3, 0.45 and, since it is the end, 0.5.
+    write("falling.toml", replaceAll(replaceAll(falling, "= 0.25", "= 0.15"), "[results]",
+                                     "fixed_step = true\nstep = 0.03\n[results]\ncsv = true\n"
+                                     "WriteMeasureResultFile = true") +
+                              measure);
+    const auto readResults = [this](const fs::path& in) {
+        std::string all;
+        for (const char* kind : {"srf", "mrf", "csv"})
+            all += readText(folder / in / (std::string("falling.") + kind));
+        // Headers hold the time of day.
+        return std::regex_replace(all, std::regex("\\d\\d:\\d\\d:\\d\\d"), "");
+    };
+    ASSERT_EQ(run("run falling.toml --quiet -o whole"), 0) << messages;
+    ASSERT_EQ(run("run falling.toml -o parts --end-time 0.3 --restart-every 0.1"), 0) << messages;
+    EXPECT_THAT(out, HasSubstr(" parts/falling.restart\n"));
+    for (const char* kind : {"srf", "mrf", "csv"}) // as a killed run leaves them
+        std::ofstream(folder / "parts" / (std::string("falling.") + kind), std::ios::app)
+            << "0.35, rest of a l";
+    ASSERT_EQ(run("run falling.toml -o parts --continue parts/falling.restart"), 0) << messages;
+    EXPECT_THAT(out, HasSubstr("Continued from    0.3 s\n"));
+    EXPECT_EQ(readResults("parts"), readResults("whole"));
+
+    // Nothing is touched when the restart file doesn't fit.
+    const std::string before = readResults("parts");
+    const std::string again = "run falling.toml -o parts --continue parts/falling.restart";
+    const auto refuse = [&](const std::string& arguments, const std::string& text) {
+        EXPECT_EQ(run(arguments), 2);
+        EXPECT_EQ(messages, "velmora: " + text + "\n");
+    };
+    refuse(again + " --end-time 0.2",
+           "parts/falling.restart is of the time 0.3 s, and the end time is 0.2 s");
+    refuse("run falling.toml -o parts --continue falling.toml", "falling.toml: isn't a restart file");
+    refuse(
+        "run falling.toml --continue parts/falling.restart",
+        "<results/falling/falling.srf> isn't the file that the run up to 0.3 s has written: No such file or "
+        "directory");
+    const std::string model = readText(folder / "falling.toml");
+    const std::pair<std::string, std::string> changes[] = {
+        {replaceAll(model, "step = 0.03", "step = 0.02"), "<step> was 0.03 and is 0.02 now"},
+        {replaceAll(model, "Mass = 2", "Mass = 3"), "<Body stone> has changed"},
+        {replaceAll(model, "csv = true", ""), "<csv> was true and is false now"},
+        {replaceAll(model, "'height'", "'depth'"), "<Measure depth> stands where <Measure height> was"},
+        {replaceAll(model, measure, ""), "<Measure height> is missing now"}};
+    for (const auto& [text, difference] : changes) {
+        write("falling.toml", text);
+        refuse(again, "parts/falling.restart is of another run: " + difference);
+    }
+    write("falling.toml", "# a remark\n" + model);
+    EXPECT_EQ(readResults("parts"), before);
+    EXPECT_EQ(run(again), 0) << messages;
+    fs::resize_file(folder / "parts/falling.srf", 10);
+    refuse(again, "<parts/falling.srf> isn't the file that the run up to 0.3 s has written: it is too short");
 }
 
 TEST_F(Program, ChecksWithoutRunning) {

@@ -9,6 +9,7 @@ namespace {
 
 std::string callLog;
 uint32_t numOfMeasures = 0;
+double timeOfLastStep = 0.0;
 
 void note(const std::string& text) {
     callLog += text + "\n";
@@ -63,6 +64,20 @@ void get3x1ForceAndTorqueVector4ResultFile(const int32_t*, double* force, double
 
 void setTimeOfLastSuccessfulStep(const int32_t*, const double* t) {
     note("time " + std::to_string(*t));
+    timeOfLastStep = *t;
+}
+
+void getHistory(const int32_t*, uint32_t* size, double* numbers) {
+    *size = 2;
+    if (numbers) {
+        numbers[0] = 7.0;
+        numbers[1] = timeOfLastStep;
+    }
+}
+
+void setHistory(const int32_t*, const uint32_t* size, const double* numbers) {
+    note("history " + std::to_string(*size) + " " + std::to_string(numbers[0]) + " " +
+         std::to_string(numbers[1]));
 }
 
 #if defined(PER_BODY)

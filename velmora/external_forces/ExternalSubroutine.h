@@ -54,8 +54,7 @@ VELMORA_USER_FUNCTION void setTimeOfLastSuccessfulStep(const int32_t* objectId, 
 /* Two functions that a library may offer, and must if a force remembers more than its last call (wear, a
  * state of hysteresis, a delay): a run that is stopped and continued takes the force's memory along.
  * getHistory writes how many numbers there are, and the numbers unless the pointer to them is null;
- * setHistory takes as many back, in a force that was made anew, or before the call that follows an accepted
- * step. */
+ * setHistory gives them back to a force that was made anew. */
 VELMORA_USER_FUNCTION void getHistory(const int32_t* objectId, uint32_t* size, double* numbers);
 VELMORA_USER_FUNCTION void setHistory(const int32_t* objectId, const uint32_t* size, const double* numbers);
 

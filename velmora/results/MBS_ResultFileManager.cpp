@@ -159,7 +159,7 @@ void MBS_ResultFileManager::exchangeHistory(MBS_History* history) {
 void MBS_ResultFileManager::skipOutputUntil(double t) {
     if (simulationTimeEnd > 0.0 && outputTimeStepSize > 0.0 && t < simulationTimeEnd)
         while (isOutputRequested(t))
-            nextOutputTime += outputTimeStepSize;
+            nextOutputTime = std::min(nextOutputTime + outputTimeStepSize, simulationTimeEnd);
 }
 
 bool MBS_ResultFileManager::isErrorOccured() const {
