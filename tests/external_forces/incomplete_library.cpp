@@ -11,5 +11,8 @@ void get3x1ForceVector(const int32_t*, const double*, const double*, double* out
     out[0] = out[1] = out[2] = 0.0;
 }
 void setTimeOfLastSuccessfulStep(const int32_t*, const double*) {}
+void getHistory(const int32_t*, uint32_t* size, double*) {
+    *size = 0;
+}
 
 } // extern "C"

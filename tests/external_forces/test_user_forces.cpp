@@ -174,7 +174,8 @@ INSTANTIATE_TEST_SUITE_P(
                  "ERROR: Could not find function <get3x1TorqueVector" + incomplete +
                      "ERROR: Could not find function <get3x1ForceDerivative" + incomplete +
                      "ERROR: Could not find function <get3x1TorqueDerivative" + incomplete +
-                     "ERROR: Could not find function <get3x1ForceAndTorqueVector4ResultFile" + incomplete},
+                     "ERROR: Could not find function <get3x1ForceAndTorqueVector4ResultFile" + incomplete +
+                     "ERROR: Could not find function <setHistory" + incomplete},
         BadForce{"BodyIDs", "0, a", "ERROR: Check BodyIDs, either Body-Ground or Body-Body Force is valid\n"},
         BadForce{"BodyIDs", "x, 0", "Body not found using bodyID: x!\n"},
         BadForce{"ForceDirectionType", "Free", "ERROR: ForceDirectionType <Free> not valid!\n"},
@@ -193,6 +194,25 @@ TEST_F(UserForces, BetweenTwoBodiesNameTheirOwnClass) {
     build();
     EXPECT_THAT(takeMessages(), HasSubstr("ERROR in MBS_RiBo_RiBo_ExtSubForceObject: path to force parameter "
                                           "file does not exist!"));
+}
+
+TEST_F(UserForces, HandTheirMemoryOn) {
+    addUserForce(VELMORA_TEST_PLAIN, "a, b", "BodyFixed", {"place"});
+    build();
+    model->setTimeOfLastSuccessfulStep(0.25);
+    std::vector<double> numbers;
+    MBS_History saved(&numbers);
+    model->exchangeHistory(&saved);
+    build();
+    takeLog(VELMORA_TEST_PLAIN);
+    MBS_History history{std::span<const double>(numbers)};
+    model->exchangeHistory(&history);
+    EXPECT_TRUE(history.isWhole());
+    EXPECT_EQ(takeLog(VELMORA_TEST_PLAIN), "history 2 7.000000 0.250000\n");
+    history = MBS_History{std::span<const double>(numbers).first(numbers.size() - 1)};
+    model->exchangeHistory(&history);
+    EXPECT_FALSE(history.isWhole());
+    EXPECT_EQ(takeLog(VELMORA_TEST_PLAIN), "") << "the library got less than it gave";
 }
 
 TEST_F(UserForces, LibrariesAreLoadedAndReleasedAHundredTimes) {
