@@ -27,7 +27,7 @@ std::string describe(const IO_DataModelBlock& block) {
         fingerprint.add(block.values[i].starts_with(folder) ? block.values[i].substr(folder.size())
                                                             : block.values[i]);
     }
-    return fingerprintMark + fingerprint.getText();
+    return fmt::format("{}{}", fingerprintMark, fingerprint.getText());
 }
 
 std::string describe(const BodyStart& start) {
@@ -35,7 +35,7 @@ std::string describe(const BodyStart& start) {
     for (const auto* numbers : {&start.position, &start.eulerParameters, &start.modalCoordinates,
                                 &start.velocity, &start.omega, &start.modalRates})
         fingerprint.add(fmt::format("{}", *numbers));
-    return fingerprintMark + fingerprint.getText();
+    return fmt::format("{}{}", fingerprintMark, fingerprint.getText());
 }
 
 std::string toFlag(bool flag) {
