@@ -27,6 +27,13 @@ CLI::App* addCommand(CLI::App& app, Options& options, const char* name, const ch
     return command;
 }
 
+void addOutputOption(CLI::App& command, Options& options) {
+    command
+        .add_option("-o,--output", options.resultDirectory,
+                    "Folder of the results; results/<name of the model file> if not given")
+        ->type_name("DIR");
+}
+
 std::string findErrorInDuration(const std::string& text) {
     double value = 0.0;
     if (CLI::detail::lexical_cast(text, value) && std::isfinite(value) && value > 0.0)
@@ -43,10 +50,7 @@ std::string findErrorInTime(const std::string& text) {
 
 CLI::App* addRunCommand(CLI::App& app, Options& options) {
     CLI::App* command = addCommand(app, options, "run", "Simulate a model");
-    command
-        ->add_option("-o,--output", options.resultDirectory,
-                     "Folder of the results; results/<name of the model file> if not given")
-        ->type_name("DIR");
+    addOutputOption(*command, options);
     command->add_option("--end-time", options.endTime, "End time in seconds, instead of the model file's")
         ->type_name("T")
         ->check(findErrorInDuration);
@@ -66,10 +70,7 @@ CLI::App* addRunCommand(CLI::App& app, Options& options) {
 
 CLI::App* addStaticCommand(CLI::App& app, Options& options) {
     CLI::App* command = addCommand(app, options, "static", "Find a position in which a model stays at rest");
-    command
-        ->add_option("-o,--output", options.resultDirectory,
-                     "Folder of the results; results/<name of the model file> if not given")
-        ->type_name("DIR");
+    addOutputOption(*command, options);
     command
         ->add_option("--time", options.time,
                      "Time of the run, in seconds, whose forces and motions act; 0 if not given")
@@ -101,10 +102,7 @@ std::string findErrorInFrequency(const std::string& text) {
 
 CLI::App* addPoseCommand(CLI::App& app, Options& options) {
     CLI::App* command = addCommand(app, options, "pose", "Drag points of bodies to the targets of actors");
-    command
-        ->add_option("-o,--output", options.resultDirectory,
-                     "Folder of the results; results/<name of the model file> if not given")
-        ->type_name("DIR");
+    addOutputOption(*command, options);
     command->add_flag("--quiet", options.isQuiet, "Show no results");
     return command;
 }

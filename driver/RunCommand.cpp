@@ -77,8 +77,10 @@ int Run::execute() {
     if (!options.restartFile.empty()) {
         std::string error;
         restartPoint = readRestartFile(options.restartFile, error);
-        if (!restartPoint && !fail(error))
+        if (!restartPoint) {
+            fail(error);
             return exitCode;
+        }
     }
     if (!(restartPoint ? takeUpFiles() : makeResultDirectory(loaded.output->directory)))
         return WrongUsage;
@@ -108,10 +110,13 @@ bool Run::takeUpFiles() {
     std::error_code error;
     for (const auto& [name, size] : restartPoint->results) {
         const auto present = fs::file_size(folder / name, error);
-        if (error || present < size || !name.starts_with(fs::path(fileBase).filename().string()))
+        const bool isOwn = name.starts_with(loaded.output->baseName) && fs::path(name).filename() == name;
+        if (error || present < size || !isOwn)
             return fail(fmt::format("<{}> isn't the file that the run up to {} s has written: {}",
                                     (folder / name).string(), restartPoint->time,
-                                    error ? error.message() : std::string("it is too short")));
+                                    error   ? error.message()
+                                    : isOwn ? std::string("it is too short")
+                                            : std::string("it has another name")));
     }
     for (const auto& [name, size] : restartPoint->results) {
         fs::resize_file(folder / name, size, error);
@@ -157,14 +162,17 @@ RunOutcome Run::simulate() {
 
 void Run::save(Simulation& simulation, double t) {
     RestartFile file{t, identity, {}, {}};
-    const bool isFlushed = (!results || results->flushAllResultFiles()) && (!table || table->flush());
-    std::error_code error;
-    for (const std::string& name : getResultFiles())
+    bool isWritten = (!results || results->flushAllResultFiles()) && (!table || table->flush());
+    for (const std::string& name : getResultFiles()) {
+        std::error_code error;
         file.results.push_back({fs::path(name).filename().string(), fs::file_size(name, error)});
+        isWritten = isWritten && !error;
+    }
     MBS_History history(&file.history);
     simulation.exchangeHistory(history);
     restartFileName = fileBase + ".restart";
-    if (!isFlushed || error || !file.write(restartFileName))
+    isWritten = isWritten && file.write(restartFileName);
+    if (!isWritten && exitCode == Done)
         fail(fmt::format("<{}> can't be written", restartFileName));
 }
 
@@ -181,8 +189,6 @@ int Run::finish(const RunOutcome& outcome) {
     results.reset();
     if (table && !table->close())
         fail(fmt::format("<{}> can't be written", table->getFileName()));
-    if (exitCode != Done)
-        return exitCode;
     if (outcome.isModelAtFault) {
         printToStandardError(fmt::format("{}: error: {}\n", options.modelFile, outcome.diagnostic),
                              MessageKind::Error);
