@@ -10,7 +10,8 @@ enum ExitCode : int {
     Done = 0,
     ModelHasErrors = 1,
     WrongUsage = 2, ///< also: a file that can't be read, a results folder that can't be made
-    SolverFailed = 3
+    SolverFailed = 3,
+    Stopped = 4 ///< by a signal
 };
 
 /// What the user asked of `eigen`.

@@ -63,8 +63,10 @@ std::string summarize(const RunOutcome& outcome, const std::vector<std::string>&
     const auto addLine = [&](const char* name, const std::string& value) {
         text += fmt::format("{:<18}{}\n", name, value);
     };
-    addLine("Time reached",
-            fmt::format("{:.9g} s{}", outcome.timeReached, outcome.succeeded ? "" : " (the run failed)"));
+    addLine("Time reached", fmt::format("{:.9g} s{}", outcome.timeReached,
+                                        outcome.isStopped   ? " (the run was stopped)"
+                                        : outcome.succeeded ? ""
+                                                            : " (the run failed)"));
     const StartReport& start = outcome.start;
     addLine("Freedom", fmt::format("{} degrees of freedom, {} redundant equations", start.degreesOfFreedom,
                                    start.redundantEquations.size()));

@@ -6,6 +6,7 @@
 #include "driver/Report.h"
 #include "driver/RestartFile.h"
 #include "driver/Simulation.h"
+#include "driver/StopRequest.h"
 #include "driver/Terminal.h"
 
 #include <fmt/format.h>
@@ -143,17 +144,16 @@ bool Run::openResults() {
 }
 
 RunOutcome Run::simulate() {
-    Simulation simulation(
-        loaded.model.get(), loaded.file->dataModel.get(), results.get(), settings,
-        [this](double t, double step) { progress.update(t, step); },
-        [this](double t) {
-            if (table)
-                table->write(t);
-        },
-        [&](double t) {
-            if (options.restartInterval)
-                save(simulation, t);
-        });
+    const StopRequest stop;
+    Simulation simulation(loaded.model.get(), loaded.file->dataModel.get(), results.get(), settings,
+                          {.progress = [this](double t, double step) { progress.update(t, step); },
+                           .record =
+                               [this](double t) {
+                                   if (table)
+                                       table->write(t);
+                               },
+                           .save = [&](double t) { save(simulation, t); },
+                           .isStopWanted = [&] { return stop.isMade(); }});
     if (!restartPoint)
         return simulation.run();
     MBS_History history(std::span<const double>(restartPoint->history));
@@ -197,6 +197,9 @@ int Run::finish(const RunOutcome& outcome) {
     warnOfRedundancy(outcome.start.redundantEquations, options.modelFile);
     if (!outcome.succeeded)
         fail(outcome.diagnostic, SolverFailed);
+    if (outcome.isStopped)
+        fail(fmt::format("stopped; --continue {} goes on", restartFileName),
+             exitCode == Done ? Stopped : exitCode);
     std::vector<std::string> files = getResultFiles();
     if (!restartFileName.empty())
         files.push_back(restartFileName);

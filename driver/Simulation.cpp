@@ -50,15 +50,12 @@ std::string findErrorInSettings(const SimulationSettings& settings) {
 class Simulation::Impl {
   public:
     Impl(MBS_Model* multibodyModel, IO_DataModel* input, MBS_ResultFileManager* resultFiles,
-         const SimulationSettings& simulationSettings, Progress progressReport, Record recordReport,
-         Save saveReport)
+         const SimulationSettings& simulationSettings, SimulationHooks calls)
         : model(multibodyModel),
           dataModel(input),
           results(resultFiles),
           settings(simulationSettings),
-          progress(std::move(progressReport)),
-          record(std::move(recordReport)),
-          save(std::move(saveReport)) {}
+          hooks(std::move(calls)) {}
 
     /// From a history, or from the initial state if there is none.
     RunOutcome run(MBS_History* history);
@@ -84,7 +81,7 @@ class Simulation::Impl {
     bool applyChanges();
     bool beginAnew(double length);
     void writeResults();
-    void saveIfDue(double timeBefore);
+    void stopOrSave(double timeBefore);
     bool failForAccuracy(const Plan& plan);
     bool fail(StepResult result, const HHTState& state, double length);
     bool failForViolation(const Redundancy::Violation& violation);
@@ -100,9 +97,7 @@ class Simulation::Impl {
     IO_DataModel* dataModel;        // not owned
     MBS_ResultFileManager* results; // not owned
     SimulationSettings settings;
-    Progress progress;
-    Record record;
-    Save save;
+    SimulationHooks hooks;
     std::unique_ptr<HHTSystem> system;
     std::unique_ptr<EquationNames> names;
     std::unique_ptr<Redundancy> redundancy;
@@ -202,17 +197,21 @@ void Simulation::Impl::exchangeHistory(MBS_History& history) {
         results->skipOutputUntil(outcome.timeReached);
 }
 
-void Simulation::Impl::saveIfDue(double timeBefore) {
+/// Whether the run is stopped here, and restart points.
+void Simulation::Impl::stopOrSave(double timeBefore) {
     const auto countPoints = [this](double t) {
         return std::floor((t + sameTime * settings.step) / settings.restartInterval);
     };
     const double t = outcome.timeReached;
-    if (save && (t >= settings.endTime || countPoints(t) > countPoints(timeBefore)))
-        save(t);
+    const bool isDue = std::isfinite(settings.restartInterval) &&
+                       (t >= settings.endTime || countPoints(t) > countPoints(timeBefore));
+    outcome.isStopped = t < settings.endTime && hooks.isStopWanted && hooks.isStopWanted();
+    if (hooks.save && (isDue || outcome.isStopped))
+        hooks.save(t);
 }
 
 bool Simulation::Impl::advance() {
-    while (outcome.timeReached < settings.endTime) {
+    while (outcome.timeReached < settings.endTime && !outcome.isStopped) {
         const double timeBefore = outcome.timeReached;
         const Plan plan = settings.fixedStep ? planFixedStep() : planStep();
         StepResult result = integrator->tryStep(plan.endTime, plan.length);
@@ -236,7 +235,7 @@ bool Simulation::Impl::advance() {
         const std::size_t before = numOfChangesDone;
         if (!applyChanges() || (numOfChangesDone > before && !beginAnew(wantedStep)))
             return false;
-        saveIfDue(timeBefore);
+        stopOrSave(timeBefore);
     }
     return true;
 }
@@ -399,16 +398,16 @@ void Simulation::Impl::finishStep(const Plan& plan) {
     writeResults();
     if (!settings.fixedStep)
         adaptStep(plan);
-    if (progress)
-        progress(state.time, plan.length);
+    if (hooks.progress)
+        hooks.progress(state.time, plan.length);
 }
 
 void Simulation::Impl::writeResults() {
     HHTState& state = integrator->getState();
     const bool isDue =
         results && results->writeResultsToFile(state.time, &state.q, &state.qd, &state.qdd, &state.lambda);
-    if (isDue && record)
-        record(state.time);
+    if (isDue && hooks.record)
+        hooks.record(state.time);
 }
 
 bool Simulation::Impl::failForAccuracy(const Plan& plan) {
@@ -450,9 +449,8 @@ void Simulation::Impl::collectStatistics() {
 }
 
 Simulation::Simulation(MBS_Model* model, IO_DataModel* dataModel, MBS_ResultFileManager* results,
-                       const SimulationSettings& settings, Progress progress, Record record, Save save)
-    : impl(std::make_unique<Impl>(model, dataModel, results, settings, std::move(progress), std::move(record),
-                                  std::move(save))) {}
+                       const SimulationSettings& settings, SimulationHooks hooks)
+    : impl(std::make_unique<Impl>(model, dataModel, results, settings, std::move(hooks))) {}
 
 Simulation::~Simulation() = default;
 

@@ -16,23 +16,27 @@ namespace velmora::driver {
 
 struct HHTState;
 
+/// What a run calls on its way; each may be empty.
+struct SimulationHooks {
+    /// After each accepted step, with its end time and length.
+    std::function<void(double t, double step)> progress = {};
+    /// Where a record of results is due, with measures of this time.
+    std::function<void(double t)> record = {};
+    /// At a restart point: after the first step that ends at a multiple of the interval or later, at the
+    /// end of the run, and where it is stopped. `Simulation::exchangeHistory` may be called then.
+    std::function<void(double t)> save = {};
+    /// After each step; true stops the run there.
+    std::function<bool()> isStopWanted = {};
+};
+
 /// Integrates the equations of motion of a model from time 0 to the end time by the HHT method in index-3
 /// form, with steps of fixed or error-controlled length, and writes results on the way.
 class Simulation {
   public:
-    /// Called after each accepted step with its end time and length.
-    using Progress = std::function<void(double t, double step)>;
-    /// Called where a record of results is due, with measures of this time.
-    using Record = std::function<void(double t)>;
-    /// Called where a restart point is due: after the first step that ends at a multiple of the interval or
-    /// later, and at the end. `exchangeHistory` may be called then.
-    using Save = std::function<void(double t)>;
-
     /// The model must be free of errors. `dataModel` gives the names in diagnostics; it is the one that the
     /// model was made of. `results` may be null. All three are not owned and must outlive the simulation.
     Simulation(MBS_Model* model, IO_DataModel* dataModel, MBS_ResultFileManager* results,
-               const SimulationSettings& settings, Progress progress = {}, Record record = {},
-               Save save = {});
+               const SimulationSettings& settings, SimulationHooks hooks = {});
     Simulation(const Simulation&) = delete;
     Simulation& operator=(const Simulation&) = delete;
     ~Simulation();

@@ -65,6 +65,7 @@ struct StartReport {
 struct RunOutcome {
     bool succeeded = false;
     std::string diagnostic;      ///< why the run failed; empty if it succeeded
+    bool isStopped = false;      ///< somebody stopped it before its end; it hasn't failed then
     bool isModelAtFault = false; ///< the run failed, since the model contradicts itself or the settings
     StartReport start;
     double timeOfResumption = 0.0; ///< of the restart point from which the run went on; 0: of the start

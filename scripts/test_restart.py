@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Kills runs again and again, continues them from their restart files, and compares the results byte for byte with
+"""Kills and stops runs again and again, continues them from their restart files, and compares the results byte for byte with
 those of a run that nothing disturbed.
 
 Usage: scripts/test_restart.py VELMORA MODEL...
@@ -7,6 +7,7 @@ Usage: scripts/test_restart.py VELMORA MODEL...
 import pathlib
 import random
 import re
+import signal
 import subprocess
 import sys
 import tempfile
@@ -14,6 +15,7 @@ import time
 
 KILLS = 4
 RESTARTS = 40  # per run
+STOPPED = 4  # exit code
 DATE = re.compile(rb"\w{3} \w{3} [ \d]\d \d\d:\d\d:\d\d \d{4}")  # in the headers of result files
 
 
@@ -27,7 +29,7 @@ def read_results(folder):
 
 
 def run_with_kills(command, restart_file, seconds, chance):
-    """How often the run was killed: each time after its first restart file was there."""
+    """How often the run was killed or, every other time, asked to stop: each time after its first restart file."""
     kills = 0
     arguments = command
     while True:
@@ -38,10 +40,10 @@ def run_with_kills(command, restart_file, seconds, chance):
         try:
             process.wait(chance.uniform(0.0, seconds / 20.0) if kills < KILLS else None)
         except subprocess.TimeoutExpired:
-            process.kill()
+            process.send_signal(signal.SIGKILL if kills % 2 == 0 else signal.SIGTERM)
             kills += 1
         message = process.communicate()[1]
-        if process.returncode >= 0:
+        if process.returncode not in (-signal.SIGKILL, STOPPED):
             return kills, process.returncode, message
         arguments = command + ["--continue", str(restart_file)]
 

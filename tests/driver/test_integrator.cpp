@@ -19,7 +19,7 @@ struct TestRun {
     TestRun(Input& input, const SimulationSettings& settings, ProbeModel::Force force = {})
         : model(std::make_unique<ProbeModel>(input.make().release(), std::move(force))) {
         Simulation simulation(model.get(), &input.data, nullptr, settings,
-                              [this](double t, double) { times.push_back(t); });
+                              {.progress = [this](double t, double) { times.push_back(t); }});
         outcome = simulation.run();
     }
     const double* q() const { return model->lastQ.bodyData(0); }
@@ -96,11 +96,11 @@ TEST(Simulation, MultipliersComeBackFromSingularPositions) {
     const Simulation* running = nullptr;
     SimulationSettings settings{2.0, 1e-4};
     settings.longestStep = 2e-3;
-    Simulation simulation(model.get(), &input.data, nullptr, settings, [&](double, double) {
-        const auto& lambda = *running->getState().lambda.dofVector;
-        for (unsigned i = 0; i < lambda.size; ++i)
-            largest = std::max(largest, std::fabs(lambda.data[i]));
-    });
+    Simulation simulation(model.get(), &input.data, nullptr, settings, {.progress = [&](double, double) {
+                              const auto& lambda = *running->getState().lambda.dofVector;
+                              for (unsigned i = 0; i < lambda.size; ++i)
+                                  largest = std::max(largest, std::fabs(lambda.data[i]));
+                          }});
     running = &simulation;
     const RunOutcome outcome = simulation.run();
     EXPECT_TRUE(outcome.succeeded) << outcome.diagnostic;
@@ -222,7 +222,9 @@ TEST(Simulation, OutputThatRoundingPutsBeforeTheEndLeavesNoSliver) {
     const std::unique_ptr<MBS_ResultFileManager> results(model->createResultFileManager(&block));
     double shortest = 1.0;
     const auto watch = [&](double, double step) { shortest = std::min(shortest, step); };
-    ASSERT_TRUE(Simulation(model.get(), &input.data, results.get(), {1.0, 0.01}, watch).run().succeeded);
+    ASSERT_TRUE(Simulation(model.get(), &input.data, results.get(), {1.0, 0.01}, {.progress = watch})
+                    .run()
+                    .succeeded);
     EXPECT_GT(shortest, 1e-6);
 }
 
@@ -231,8 +233,9 @@ TEST(Simulation, AllocatesNothingInTheTimeLoop) {
     TorqueFreeTop().addTo(input);
     const auto model = input.make();
     unsigned long atStart = 0, atEnd = 0, step = 0;
-    Simulation simulation(model.get(), &input.data, nullptr, {5.0, 1e-3},
-                          [&](double, double) { (++step == 5 ? atStart : atEnd) = test::allocationCount(); });
+    Simulation simulation(model.get(), &input.data, nullptr, {5.0, 1e-3}, {.progress = [&](double, double) {
+                              (++step == 5 ? atStart : atEnd) = test::allocationCount();
+                          }});
     ASSERT_TRUE(simulation.run().succeeded);
     ASSERT_GT(step, 50u);
     EXPECT_EQ(atEnd, atStart);

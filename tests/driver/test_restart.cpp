@@ -53,13 +53,13 @@ class Restarts : public testing::TestWithParam<Case> {
             settings.step = settings.endTime / 30.5; // the last one is shortened
         }
         Points points;
-        Simulation simulation(loaded.model.get(), loaded.file->dataModel.get(), nullptr, settings, {}, {},
-                              [&](double) {
+        Simulation simulation(loaded.model.get(), loaded.file->dataModel.get(), nullptr, settings,
+                              {.save = [&](double) {
                                   std::vector<double> numbers;
                                   MBS_History saved(&numbers);
                                   simulation.exchangeHistory(saved);
                                   points.push_back(toBytes(numbers));
-                              });
+                              }});
         MBS_History history{std::span<const double>(start)};
         const RunOutcome outcome = start.empty() ? simulation.run() : simulation.resume(history);
         EXPECT_TRUE(outcome.succeeded) << outcome.diagnostic;
