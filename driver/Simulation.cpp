@@ -1,9 +1,9 @@
 #include "driver/Simulation.h"
 
 #include "driver/ConsistentStart.h"
-#include "driver/Diagnostics.h"
 #include "driver/EnergyBalance.h"
 #include "driver/HHTIntegrator.h"
+#include "driver/RunFailures.h"
 
 #include <fmt/format.h>
 
@@ -23,11 +23,8 @@ constexpr double worthwhileGrowth = 1.3; // below it the step, and with it the m
 constexpr double stepRatioAfterFailure = 0.25;
 constexpr double smallestStepShare = 1.0e-11; // of the end time; shorter ones lead nowhere
 constexpr double largestStepShare = 0.1;
-constexpr double nearlySameEquation =
-    1.0e-2;                                 // tells a singular position from nearby, and other choices apart
 constexpr double largestViolation = 1.0e-4; // of redundant equations, in radii of gyration and radians
-constexpr double violationOfLostStates = 0.1; // too far from the constraints to tell of a position
-constexpr double sameTime = 1.0e-9;           // of a step: times nearer than this are one
+constexpr double sameTime = 1.0e-9;         // of a step: times nearer than this are one
 
 std::string findErrorInSettings(const SimulationSettings& settings) {
     if (!(settings.endTime > 0.0) || !std::isfinite(settings.endTime))
@@ -82,11 +79,9 @@ class Simulation::Impl {
     bool beginAnew(double length);
     void writeResults();
     void stopOrSave(double timeBefore);
-    bool failForAccuracy(const Plan& plan);
     bool fail(StepResult result, const HHTState& state, double length);
-    bool failForViolation(const Redundancy::Violation& violation);
+    bool fail(std::string text);
     bool chooseOtherEquations(double length);
-    std::string describeSingularPosition(const HHTState& state);
     void collectStatistics();
 
     double getLongestStep() const {
@@ -101,6 +96,7 @@ class Simulation::Impl {
     std::unique_ptr<HHTSystem> system;
     std::unique_ptr<EquationNames> names;
     std::unique_ptr<Redundancy> redundancy;
+    std::unique_ptr<RunFailures> failures;
     std::unique_ptr<HHTIntegrator> integrator;
     std::unique_ptr<EnergyBalance> balance;
     RunOutcome outcome;
@@ -118,6 +114,7 @@ RunOutcome Simulation::Impl::run(MBS_History* history) {
         system = std::make_unique<HHTSystem>(model);
         names = std::make_unique<EquationNames>(model, dataModel);
         redundancy = std::make_unique<Redundancy>(system.get(), names.get());
+        failures = std::make_unique<RunFailures>(system.get(), names.get(), redundancy.get(), dataModel);
         integrator = std::make_unique<HHTIntegrator>(system.get(), settings);
         balance = std::make_unique<EnergyBalance>(system.get(), dataModel);
         outcome.succeeded = (history ? takeUp(*history) : start()) && advance();
@@ -222,7 +219,8 @@ bool Simulation::Impl::advance() {
         }
         if (!settings.fixedStep && !isAccurate(plan)) {
             if (wantedStep < smallestStepShare * settings.endTime)
-                return failForAccuracy(plan);
+                return fail(
+                    failures->describeInaccuracy(integrator->getLocalError(), plan.endTime, plan.length));
             continue;
         }
         result = integrator->accept();
@@ -230,7 +228,7 @@ bool Simulation::Impl::advance() {
             return fail(result, integrator->getState(), plan.length);
         if (const auto violation = redundancy->findViolationOfLeftOut();
             violation.size > std::max(largestViolation, settings.tolerance))
-            return failForViolation(violation);
+            return fail(failures->describe(violation, integrator->getState().time));
         finishStep(plan);
         const std::size_t before = numOfChangesDone;
         if (!applyChanges() || (numOfChangesDone > before && !beginAnew(wantedStep)))
@@ -332,37 +330,6 @@ bool Simulation::Impl::chooseOtherEquations(double length) {
            integrator->start(length) == StepResult::Converged;
 }
 
-/// Empty if the position isn't singular.
-std::string Simulation::Impl::describeSingularPosition(const HHTState& state) {
-    if (!system->evaluate(state))
-        return {};
-    if (redundancy->findLargestViolation().size > violationOfLostStates)
-        return {};
-    system->refreshJacobian(state);
-    Redundancy here(system.get(), names.get());
-    here.leaveOutDependentEquations(nearlySameEquation);
-    if (here.getRank() >= redundancy->getRank())
-        return {};
-    std::vector<std::string> equations = here.describe();
-    std::erase_if(equations, [this](const std::string& equation) {
-        return std::ranges::find(outcome.start.redundantEquations, equation) !=
-               outcome.start.redundantEquations.end();
-    });
-    return "The mechanism has come to a singular position, or very near to one, where " +
-           joinShortly(equations, numOfNamedEquations) + ". ";
-}
-
-bool Simulation::Impl::failForViolation(const Redundancy::Violation& violation) {
-    outcome.diagnostic =
-        fmt::format("Time {:.9g}: {} was left out, since it repeated other equations, but isn't fulfilled "
-                    "any more: it is "
-                    "off by {:.3g} radii of gyration or rad. The equations were left out in a singular "
-                    "position, then, or "
-                    "don't repeat the others exactly.",
-                    integrator->getState().time, names->getShortName(violation.equation), violation.size);
-    return false;
-}
-
 bool Simulation::Impl::isAccurate(const Plan& plan) {
     const double error = integrator->getLocalError();
     if (error <= 1.0)
@@ -410,33 +377,13 @@ void Simulation::Impl::writeResults() {
         hooks.record(state.time);
 }
 
-bool Simulation::Impl::failForAccuracy(const Plan& plan) {
-    outcome.diagnostic =
-        fmt::format("Time {:.9g}, step {:.3g}: The local error stays {:.3g} times what the tolerance "
-                    "allows, however short the step. {}",
-                    plan.endTime, plan.length, integrator->getLocalError(),
-                    Diagnostics(system.get(), dataModel).describeLargestResiduals());
-    return false;
+bool Simulation::Impl::fail(StepResult result, const HHTState& state, double length) {
+    const HHTState* last = outcome.steps > 0 ? &integrator->getState() : nullptr;
+    return fail(failures->describe(result, state, last, length));
 }
 
-bool Simulation::Impl::fail(StepResult result, const HHTState& state, double length) {
-    const Diagnostics diagnostics(system.get(), dataModel);
-    const std::string place = fmt::format("Time {:.9g}, step {:.3g}: ", state.time, length);
-    if (result == StepResult::NotFinite)
-        outcome.diagnostic = place + diagnostics.describeNotFinite();
-    else if (result == StepResult::Singular)
-        outcome.diagnostic = place + diagnostics.describeSingularity();
-    else
-        outcome.diagnostic =
-            place + "The Newton iteration doesn't converge. " + diagnostics.describeLargestResiduals();
-    if (result == StepResult::NotFinite || outcome.steps == 0)
-        return false;
-    // The last state may be the better witness: the trial state can be far from everything.
-    for (const HHTState* witness : {static_cast<const HHTState*>(&integrator->getState()), &state})
-        if (const std::string reason = describeSingularPosition(*witness); !reason.empty()) {
-            outcome.diagnostic.insert(place.size(), reason);
-            break;
-        }
+bool Simulation::Impl::fail(std::string text) {
+    outcome.diagnostic = std::move(text);
     return false;
 }
 
