@@ -4,7 +4,6 @@
 #include "contact/Surface.h"
 
 #include <algorithm>
-#include <type_traits>
 
 /// \file
 /// Forces of the columns of one surface on the patches of the other, in the frame of the columns' body.
@@ -41,38 +40,46 @@ struct ColumnForces {
 };
 
 /// Convex polygon; a triangle cut by six planes has at most 9 corners. Corners that rounding adds to a
-/// sliver are left out.
-template <class T>
+/// sliver are left out. `Corner` is a place, or one that knows where it comes from.
+template <class Corner>
 struct Polygon {
-    std::array<Vector3<T>, 9> corners;
+    std::array<Corner, 9> corners;
     unsigned count = 0;
 
-    void add(const Vector3<T>& corner) {
+    void add(const Corner& corner) {
         if (count < corners.size())
             corners[count++] = corner;
     }
 };
 
-/// Keeps what lies within the plane.
-template <class T>
-void clip(Polygon<T>& polygon, const Face::Plane& plane) {
-    std::array<T, 9> excess;
+inline const Vec3& placeOf(const Vec3& corner) {
+    return corner;
+}
+/// Where the edge from a to b meets the plane, at a share of its length.
+inline Vec3 cutEdge(const Vec3& a, const Vec3& b, double share, unsigned /*plane*/, bool /*isExit*/) {
+    return a + (b - a) * share;
+}
+
+/// Keeps what lies within the plane of that number.
+template <class Corner>
+void clip(Polygon<Corner>& polygon, const Face::Plane& plane, unsigned number) {
+    std::array<double, 9> excess{};
     bool isCut = false;
     for (unsigned i = 0; i < polygon.count; ++i) {
-        excess[i] = dot(polygon.corners[i], plane.normal) - plane.offset;
-        isCut = isCut || valueOf(excess[i]) > 0;
+        excess[i] = dot(placeOf(polygon.corners[i]), plane.normal) - plane.offset;
+        isCut = isCut || excess[i] > 0;
     }
     if (!isCut)
         return;
-    Polygon<T> kept;
+    Polygon<Corner> kept;
     for (unsigned i = 0; i < polygon.count; ++i) {
         const unsigned j = i + 1 < polygon.count ? i + 1 : 0;
-        const bool isIn = valueOf(excess[i]) <= 0, isNextIn = valueOf(excess[j]) <= 0;
+        const bool isIn = excess[i] <= 0, isNextIn = excess[j] <= 0;
         if (isIn)
             kept.add(polygon.corners[i]);
         if (isIn != isNextIn)
-            kept.add(polygon.corners[i] +
-                     (polygon.corners[j] - polygon.corners[i]) * (excess[i] / (excess[i] - excess[j])));
+            kept.add(cutEdge(polygon.corners[i], polygon.corners[j], excess[i] / (excess[i] - excess[j]),
+                             number, isIn));
     }
     polygon = kept;
 }
@@ -94,52 +101,112 @@ struct Cuts {
 };
 
 /// The part of the triangle within the column.
-template <class T>
-Polygon<T> patchWithin(const Face& column, const Cuts& cuts, const std::array<Vector3<T>, 3>& triangle) {
-    Polygon<T> polygon;
-    polygon.count = 3;
-    for (unsigned i = 0; i < 3; ++i)
-        polygon.corners[i] = triangle[i];
+template <class Corner>
+Polygon<Corner> patchWithin(const Face& column, const Cuts& cuts, const std::array<Corner, 3>& triangle) {
+    Polygon<Corner> polygon;
+    for (const Corner& corner : triangle)
+        polygon.add(corner);
     for (unsigned i = 0; i < Face::NumPlanes && polygon.count > 0; ++i)
         if ((cuts.planes >> i & 1U) != 0)
-            clip(polygon, column.planes[i]);
+            clip(polygon, column.planes[i], i);
     return polygon;
 }
 
-/// Walks both trees and sums up the forces.
-template <class T>
+/// The corners of a patch in the columns' frame.
+inline std::array<Vec3, 3> placed(const RelativeMotion<double>& motion, const Face& patch) {
+    return {motion.position + motion.rotation * patch.corners[0],
+            motion.position + motion.rotation * patch.corners[1],
+            motion.position + motion.rotation * patch.corners[2]};
+}
+
+/// The points and weights by which a triangle is integrated, exact for polynomials of second order (A. H.
+/// Stroud, "Approximate Calculation of Multiple Integrals", T2: 2-1). A point has the weight 1/6 + 1/2 in its
+/// own corner and 1/6 in the others.
+struct TriangleRule {
+    std::array<Vec3, 3> points;
+    double area; ///< per point
+
+    TriangleRule(const std::array<Vec3, 3>& x, const Vec3& normal)
+        : area(dot(cross(x[1] - x[0], x[2] - x[0]), normal) * (0.5 / 3)) {
+        const Vec3 middle = (x[0] + x[1] + x[2]) * (1.0 / 6);
+        for (unsigned i = 0; i < 3; ++i)
+            points[i] = middle + x[i] * 0.5;
+    }
+};
+
+/// What the law is told of a point of a patch.
+struct PatchPoint {
+    double depth, facing;
+    Vec3 velocity;
+
+    PatchPoint(const Face& column, const RelativeMotion<double>& motion, const Vec3& normal, const Vec3& y)
+        : depth(column.planes[Face::Foot].offset - dot(y, column.normal())),
+          facing(std::max(0.0, -dot(normal, column.normal()))),
+          velocity(motion.velocity + cross(motion.angular, y)) {}
+};
+
+/// Adds up forces alone.
+class ForceSum {
+  public:
+    ForceSum(const ContactLaw& contactLaw, const RelativeMotion<double>& relativeMotion)
+        : law(contactLaw),
+          motion(relativeMotion) {}
+
+    /// A patch within a column.
+    void add(const Face& column, const Face& patch, const Cuts& cuts, const std::array<Vec3, 3>& triangle) {
+        const Polygon<Vec3> polygon = patchWithin(column, cuts, triangle);
+        const Vec3 normal = motion.rotation * patch.normal();
+        for (unsigned i = 2; i < polygon.count; ++i) {
+            const TriangleRule rule({polygon.corners[0], polygon.corners[i - 1], polygon.corners[i]}, normal);
+            for (const Vec3& y : rule.points) {
+                const PatchPoint point(column, motion, normal, y);
+                addForce(y, law.traction(point.depth, normal, point.facing, point.velocity), rule.area,
+                         point.depth);
+            }
+        }
+    }
+
+    ColumnForces<double> sum{};
+
+  protected:
+    void addForce(const Vec3& y, const Vec3& traction, double area, double depth) {
+        const Vec3 force = traction * area;
+        sum.force += force;
+        sum.torque += cross(y, force);
+        sum.area += area;
+        sum.load += area * depth;
+        sum.areaMoment += y * area;
+        sum.loadMoment += y * (area * depth);
+    }
+
+    const ContactLaw& law;
+    const RelativeMotion<double>& motion;
+};
+
+/// Walks both trees and hands each patch that may reach into a column to a sum.
+template <class Sum>
 class ColumnIntegral {
   public:
-    ColumnIntegral(const ContactLaw& contactLaw, const SurfaceView& columnSurface,
-                   const SurfaceView& patchSurface, const RelativeMotion<T>& relativeMotion)
-        : law(contactLaw),
-          columns(columnSurface),
+    ColumnIntegral(const SurfaceView& columnSurface, const SurfaceView& patchSurface,
+                   const RelativeMotion<double>& relativeMotion, Sum& target)
+        : columns(columnSurface),
           patches(patchSurface),
-          motion(relativeMotion) {
-        for (unsigned j = 0; j < 3; ++j) {
-            for (unsigned i = 0; i < 3; ++i)
-                values.rotation[j][i] = valueOf(motion.rotation[j][i]);
-            values.position[j] = valueOf(motion.position[j]);
-        }
+          motion(relativeMotion),
+          sum(target) {
         for (unsigned i = 0; i < 3; ++i)
             for (unsigned j = 0; j < 3; ++j)
-                skewness += std::abs(dot(values.rotation[i], values.rotation[j]) - (i == j ? 1 : 0));
+                skewness += std::abs(dot(motion.rotation[i], motion.rotation[j]) - (i == j ? 1 : 0));
     }
 
-    const ColumnForces<T>& compute() {
-        visit(0, 0, place(patches.nodes[0].patches));
-        return sum;
-    }
+    void compute() { visit(0, 0, place(patches.nodes[0].patches)); }
 
   private:
-    const ContactLaw& law;
     const SurfaceView& columns;
     const SurfaceView& patches;
-    const RelativeMotion<T>& motion;
-    RelativeMotion<double> values{};
+    const RelativeMotion<double>& motion;
+    Sum& sum;
     /// Bound of how far the rotation is from a true one, with Euler parameters off norm 1.
     double skewness = 0;
-    ColumnForces<T> sum{};
 
     /// A box around patches, in the columns' frame.
     struct PlacedBox {
@@ -148,8 +215,8 @@ class ColumnIntegral {
     };
 
     PlacedBox place(const Box& box) const {
-        const Vec3 center = values.position + values.rotation * box.center;
-        return {{values.rotation * box.axes[0], values.rotation * box.axes[1], values.rotation * box.axes[2]},
+        const Vec3 center = motion.position + motion.rotation * box.center;
+        return {{motion.rotation * box.axes[0], motion.rotation * box.axes[1], motion.rotation * box.axes[2]},
                 center,
                 box.half + Vec3{1, 1, 1} * (skewness * (box.half[0] + box.half[1] + box.half[2]))};
     }
@@ -189,62 +256,13 @@ class ColumnIntegral {
 
     void addLeaves(const Node& a, const Node& b) {
         for (std::uint32_t j = b.begin; j < b.end; ++j) {
-            const std::array<Vec3, 3> triangle = placed(values, patches.faces[j]);
+            const std::array<Vec3, 3> triangle = placed(motion, patches.faces[j]);
             for (std::uint32_t i = a.begin; i < a.end; ++i) {
                 const Cuts cuts(columns.faces[i], triangle);
                 if (!cuts.isApart)
-                    addPair(columns.faces[i], patches.faces[j], cuts, triangle);
+                    sum.add(columns.faces[i], patches.faces[j], cuts, triangle);
             }
         }
-    }
-
-    /// Dual numbers come in only where the polygon of values isn't empty.
-    void addPair(const Face& column, const Face& patch, const Cuts& cuts,
-                 const std::array<Vec3, 3>& triangle) {
-        const Polygon<double> polygon = patchWithin(column, cuts, triangle);
-        if (polygon.count == 0)
-            return;
-        if constexpr (std::is_same_v<T, double>)
-            add(column, patch, polygon);
-        else
-            add(column, patch, patchWithin(column, cuts, placed(motion, patch)));
-    }
-
-    template <class S>
-    static std::array<Vector3<S>, 3> placed(const RelativeMotion<S>& m, const Face& patch) {
-        return {m.position + m.rotation * patch.corners[0], m.position + m.rotation * patch.corners[1],
-                m.position + m.rotation * patch.corners[2]};
-    }
-
-    void add(const Face& column, const Face& patch, const Polygon<T>& polygon) {
-        const Vector3<T> normal = motion.rotation * patch.normal();
-        for (unsigned i = 2; i < polygon.count; ++i)
-            addTriangle(column, normal, {polygon.corners[0], polygon.corners[i - 1], polygon.corners[i]});
-    }
-
-    /// Three points, exact for polynomials of second order (A. H. Stroud, "Approximate Calculation of
-    /// Multiple Integrals", T2: 2-1).
-    void addTriangle(const Face& column, const Vector3<T>& normal, const std::array<Vector3<T>, 3>& x) {
-        const T share = dot(cross(x[1] - x[0], x[2] - x[0]), normal) * (0.5 / 3);
-        const Vector3<T> middle = (x[0] + x[1] + x[2]) * (1.0 / 6);
-        for (unsigned i = 0; i < 3; ++i)
-            addPoint(column, normal, middle + x[i] * 0.5, share);
-    }
-
-    void addPoint(const Face& column, const Vector3<T>& normal, const Vector3<T>& y, const T& area) {
-        const T depth = column.planes[Face::Foot].offset - dot(y, column.normal());
-        const T cosine = -dot(normal, column.normal());
-        const T facing = valueOf(cosine) > 0 ? cosine : T(0.0);
-        const Vector3<T> velocity = motion.velocity + cross(motion.angular, y);
-        const Vector3<T> force = law.traction(depth, normal, facing, velocity) * area;
-        sum.force += force;
-        sum.torque += cross(y, force);
-        const double weight = valueOf(area), load = weight * valueOf(depth);
-        const Vec3 place{valueOf(y[0]), valueOf(y[1]), valueOf(y[2])};
-        sum.area += weight;
-        sum.load += load;
-        sum.areaMoment += place * weight;
-        sum.loadMoment += place * load;
     }
 };
 

@@ -1,6 +1,6 @@
 #include "contact/Contact.h"
 
-#include "contact/ColumnIntegral.h"
+#include "contact/ColumnDerivatives.h"
 #include "contact/SurfaceFile.h"
 
 #include <cstddef>
@@ -21,9 +21,8 @@
 namespace velmora::contact {
 namespace {
 
-constexpr int numRelative = 18, numCoordinates = 28;
+constexpr int numCoordinates = 28;
 using Coordinate = Dual<numCoordinates>;
-using Relative = Dual<numRelative>;
 
 template <class T>
 BodyState<T> makeState(const T* q, const T* qd) {
@@ -43,46 +42,50 @@ RelativeMotion<T> relate(const BodyState<T>& c, const BodyState<T>& p) {
     return motion;
 }
 
-/// Calls visit(number) on each of the 18 numbers of two motions, in step.
-template <class S, class T, class Visit>
-void forEachPair(const RelativeMotion<S>& a, RelativeMotion<T>& b, const Visit& visit) {
-    for (unsigned i = 0; i < 3; ++i) {
-        for (unsigned j = 0; j < 3; ++j)
-            visit(a.rotation[j][i], b.rotation[j][i]);
-        visit(a.position[i], b.position[i]);
-        visit(a.velocity[i], b.velocity[i]);
-        visit(a.angular[i], b.angular[i]);
-    }
-}
-
 ColumnForces<double> integrate(const ContactLaw& law, const SurfaceView& columns, const SurfaceView& patches,
                                const RelativeMotion<double>& motion) {
-    return ColumnIntegral<double>(law, columns, patches, motion).compute();
+    ForceSum sum(law, motion);
+    ColumnIntegral(columns, patches, motion, sum).compute();
+    return sum.sum;
 }
 
-/// The integral over Dual numbers of the 18 relative ones, then the chain rule.
+Vec3 valuesOf(const Vector3<Coordinate>& x) {
+    return {x[0].value, x[1].value, x[2].value};
+}
+Vec3 derivativesOf(const Vector3<Coordinate>& x, unsigned n) {
+    return {x[0].d[n], x[1].d[n], x[2].d[n]};
+}
+
+/// Derivatives by the 18 relative numbers, then the chain rule.
 ColumnForces<Coordinate> integrate(const ContactLaw& law, const SurfaceView& columns,
                                    const SurfaceView& patches, const RelativeMotion<Coordinate>& motion) {
-    RelativeMotion<Relative> variables;
-    std::array<const Coordinate*, numRelative> origins{};
-    unsigned number = 0;
-    forEachPair(motion, variables, [&](const Coordinate& origin, Relative& variable) {
-        origins[number] = &origin;
-        variable = Relative::variable(origin.value, number++);
-    });
-    const ColumnForces<Relative> sum = ColumnIntegral<Relative>(law, columns, patches, variables).compute();
+    const RelativeMotion<double> values{
+        {valuesOf(motion.rotation[0]), valuesOf(motion.rotation[1]), valuesOf(motion.rotation[2])},
+        valuesOf(motion.position),
+        valuesOf(motion.velocity),
+        valuesOf(motion.angular)};
+    DerivativeSum total(law, values);
+    ColumnIntegral(columns, patches, values, total).compute();
 
-    const auto chain = [&](const Vector3<Relative>& x) {
-        Vector3<Coordinate> y;
-        for (unsigned i = 0; i < 3; ++i) {
-            y[i] = x[i].value;
-            for (unsigned k = 0; k < numRelative; ++k)
-                for (unsigned n = 0; n < numCoordinates; ++n)
-                    y[i].d[n] += x[i].d[k] * origins[k]->d[n];
+    const ColumnForces<double>& sum = total.sum;
+    const MotionDerivatives& by = total.derivatives;
+    ColumnForces<Coordinate> result{{}, {}, sum.area, sum.load, sum.areaMoment, sum.loadMoment};
+    const auto chain = [&](const Vec3& value, Mat3 WrenchDerivative::*part, Vector3<Coordinate>& out) {
+        for (unsigned i = 0; i < 3; ++i)
+            out[i].value = value[i];
+        for (unsigned n = 0; n < numCoordinates; ++n) {
+            Vec3 d = by.position.*part * derivativesOf(motion.position, n) +
+                     by.velocity.*part * derivativesOf(motion.velocity, n) +
+                     by.angular.*part * derivativesOf(motion.angular, n);
+            for (unsigned j = 0; j < 3; ++j)
+                d += by.rotation[j].*part * derivativesOf(motion.rotation[j], n);
+            for (unsigned i = 0; i < 3; ++i)
+                out[i].d[n] = d[i];
         }
-        return y;
     };
-    return {chain(sum.force), chain(sum.torque), sum.area, sum.load, sum.areaMoment, sum.loadMoment};
+    chain(sum.force, &WrenchDerivative::force, result.force);
+    chain(sum.torque, &WrenchDerivative::torque, result.torque);
+    return result;
 }
 
 template <class T>

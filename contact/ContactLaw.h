@@ -28,12 +28,18 @@ struct ContactLaw {
     double friction = 0;
     double regularizationVelocity = 0;
 
-    template <class T>
-    T dampingShare(const T& depth) const {
-        if (transition == DampingTransition::None || valueOf(depth) >= transitionDepth)
-            return T(1.0);
-        const T t = depth * (1 / transitionDepth);
-        return transition == DampingTransition::Linear ? t : t * t * (3.0 - 2.0 * t);
+    double dampingShare(double depth) const {
+        if (isDampingFull(depth))
+            return 1;
+        const double t = depth / transitionDepth;
+        return transition == DampingTransition::Linear ? t : t * t * (3 - 2 * t);
+    }
+    /// d(share) / d(depth)
+    double dampingShareSlope(double depth) const {
+        if (isDampingFull(depth))
+            return 0;
+        const double t = depth / transitionDepth;
+        return (transition == DampingTransition::Linear ? 1 : 6 * t * (1 - t)) / transitionDepth;
     }
 
     /// Traction on the body of the columns, per area of the patch.
@@ -44,24 +50,73 @@ struct ContactLaw {
     /// the columns and back sides have none; the pressure never pulls.
     ///
     ///     p = k depth + facing c(s) share(depth) s,  s = -velocity . normal   at least 0
-    ///     traction = p normal - mu facing p v / sqrt(v . v + vr^2),  v the tangential part of the velocity
-    template <class T>
-    Vector3<T> traction(const T& depth, const Vector3<T>& normal, const T& facing,
-                        const Vector3<T>& velocity) const {
-        const T approach = -dot(velocity, normal);
-        const double damping = valueOf(approach) > 0 ? compression : expansion;
-        T pressure = stiffness * depth;
-        if (damping > 0)
-            pressure += facing * dampingShare(depth) * approach * damping;
-        if (valueOf(pressure) <= 0)
+    ///     traction = p normal - g v,  g = mu facing p / sqrt(v . v + vr^2),  v = velocity + normal s
+    Vec3 traction(double depth, const Vec3& normal, double facing, const Vec3& velocity) const {
+        return evaluate(depth, normal, facing, velocity).traction;
+    }
+
+    /// The traction with its derivatives. Matrices have a column per component of what they derive by.
+    struct Tangent {
+        Vec3 traction, byDepth, byFacing;
+        Mat3 byNormal, byVelocity;
+    };
+    Tangent tangent(double depth, const Vec3& normal, double facing, const Vec3& velocity) const {
+        const Terms at = evaluate(depth, normal, facing, velocity);
+        if (!(at.pressure > 0))
             return {};
-        Vector3<T> result = normal * pressure;
-        if (friction > 0) {
-            const Vector3<T> sliding = velocity + normal * approach;
-            const T speed = sqrt(dot(sliding, sliding) + regularizationVelocity * regularizationVelocity);
-            result += sliding * (facing * pressure * -friction / speed);
+        const double share = at.share, s = at.approach;
+        const double pByDepth = stiffness + at.damping * facing * dampingShareSlope(depth) * s;
+        const double pByFacing = at.damping * share * s, pByApproach = at.damping * share * facing;
+        // s = -velocity . normal
+        Tangent t{at.traction, normal * pByDepth, normal * pByFacing,
+                  diagonal(at.pressure) + outer(normal, velocity * -pByApproach),
+                  outer(normal, normal * -pByApproach)};
+        if (!(friction > 0))
+            return t;
+        // v = velocity + normal s; dg = g (d facing / facing + dp / p) - g v . dv / (v . v + vr^2)
+        const Vec3& v = at.sliding;
+        const double g = at.drag, gByPressure = friction * facing / at.speed;
+        const double along = dot(v, normal), bend = g / (at.speed * at.speed);
+        const Mat3 vByVelocity = diagonal(1) + outer(normal, normal * -1.0);
+        const Mat3 vByNormal = diagonal(s) + outer(normal, velocity * -1.0);
+        const Vec3 gByVelocity = normal * (-pByApproach * gByPressure) + (v - normal * along) * -bend;
+        const Vec3 gByNormal = velocity * (-pByApproach * gByPressure) + (v * s - velocity * along) * -bend;
+        t.byDepth += v * (-pByDepth * gByPressure);
+        t.byFacing += v * -(friction * at.pressure / at.speed + pByFacing * gByPressure);
+        t.byNormal += outer(v, gByNormal * -1.0) + vByNormal * -g;
+        t.byVelocity += outer(v, gByVelocity * -1.0) + vByVelocity * -g;
+        return t;
+    }
+
+  private:
+    struct Terms {
+        Vec3 traction{}, sliding{};
+        double approach = 0, damping = 0, share = 1, pressure = 0;
+        double speed = 1, drag = 0; ///< sqrt(v . v + vr^2), g
+    };
+
+    bool isDampingFull(double depth) const {
+        return transition == DampingTransition::None || depth >= transitionDepth;
+    }
+    Terms evaluate(double depth, const Vec3& normal, double facing, const Vec3& velocity) const {
+        Terms t;
+        t.approach = -dot(velocity, normal);
+        t.damping = t.approach > 0 ? compression : expansion;
+        t.pressure = stiffness * depth;
+        if (t.damping > 0) {
+            t.share = dampingShare(depth);
+            t.pressure += facing * t.share * t.approach * t.damping;
         }
-        return result;
+        if (t.pressure <= 0)
+            return t;
+        t.traction = normal * t.pressure;
+        if (friction > 0) {
+            t.sliding = velocity + normal * t.approach;
+            t.speed = std::sqrt(dot(t.sliding, t.sliding) + regularizationVelocity * regularizationVelocity);
+            t.drag = friction * facing * t.pressure / t.speed;
+            t.traction += t.sliding * -t.drag;
+        }
+        return t;
     }
 };
 

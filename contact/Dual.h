@@ -59,14 +59,6 @@ struct Dual {
     friend Dual operator*(const Dual& x, const Dual& y) {
         return make(x.value * y.value, [&](unsigned i) { return y.value * x.d[i] + x.value * y.d[i]; });
     }
-    friend Dual operator/(const Dual& x, const Dual& y) {
-        const double quotient = x.value / y.value, inverse = 1 / y.value;
-        return make(quotient, [&](unsigned i) { return inverse * (x.d[i] - quotient * y.d[i]); });
-    }
-    friend Dual sqrt(const Dual& x) {
-        const double root = std::sqrt(x.value), slope = 0.5 / root;
-        return make(root, [&](unsigned i) { return slope * x.d[i]; });
-    }
 
   private:
     struct Unset {};

@@ -67,7 +67,7 @@ class ContactDerivatives : public testing::TestWithParam<int> {
         c.maxPenetration = 0.3;
         c.compression = 4e3;
         c.expansion = 2e3;
-        c.mode = 2;
+        c.mode = GetParam() == 1 ? 1 : 2; // both slopes of the damping
         c.transitionDepth = 0.05;
         c.friction = 0.4;
     }
