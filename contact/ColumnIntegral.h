@@ -1,9 +1,6 @@
 #pragma once
 
-#include "contact/ContactLaw.h"
-#include "contact/Surface.h"
-
-#include <algorithm>
+#include "contact/ForceSlopes.h"
 
 /// \file
 /// Forces of the columns of one surface on the patches of the other, in the frame of the columns' body.
@@ -16,197 +13,41 @@
 /// friction the forces have that potential. The field as in R. Elandt et al., "A pressure field model for
 /// fast, robust approximation of net contact force and moment between nominally rigid objects", 2019.
 ///
-/// A patch within a column is a convex polygon, got by clipping the triangle at the column's three sides, at
-/// its foot x = 0 and at its end. The elastic traction is linear in the place, its moment quadratic: a rule
-/// of second order over a fan of triangles makes both exact.
+/// A patch within a column is a convex polygon. The elastic traction is linear in the place, its moment
+/// quadratic: a rule of second order over a fan of triangles makes both exact.
 
 namespace velmora::contact {
 
-/// How the patches stand and move relative to the columns.
-template <class T>
-struct RelativeMotion {
-    Matrix3<T> rotation; ///< frame of the patches to that of the columns
-    Vector3<T> position; ///< of the patches' body, from the columns'
-    /// Velocity of the columns relative to the patches at the place y: velocity + angular x y.
-    Vector3<T> velocity, angular;
-};
-
-/// Sums over all patches in columns.
-template <class T>
-struct ColumnForces {
-    Vector3<T> force{}, torque{}; ///< on the columns' body, about its position
-    double area = 0, load = 0;    ///< of the patches; integral of the elastic pressure
-    Vec3 areaMoment{}, loadMoment{};
-};
-
-/// Convex polygon; a triangle cut by six planes has at most 9 corners. Corners that rounding adds to a
-/// sliver are left out. `Corner` is a place, or one that knows where it comes from.
-template <class Corner>
-struct Polygon {
-    std::array<Corner, 9> corners;
-    unsigned count = 0;
-
-    void add(const Corner& corner) {
-        if (count < corners.size())
-            corners[count++] = corner;
-    }
-};
-
-inline const Vec3& placeOf(const Vec3& corner) {
-    return corner;
-}
-/// Where the edge from a to b meets the plane, at a share of its length.
-inline Vec3 cutEdge(const Vec3& a, const Vec3& b, double share, unsigned /*plane*/, bool /*isExit*/) {
-    return a + (b - a) * share;
-}
-
-/// Keeps what lies within the plane of that number.
-template <class Corner>
-void clip(Polygon<Corner>& polygon, const Face::Plane& plane, unsigned number) {
-    std::array<double, 9> excess{};
-    bool isCut = false;
-    for (unsigned i = 0; i < polygon.count; ++i) {
-        excess[i] = dot(placeOf(polygon.corners[i]), plane.normal) - plane.offset;
-        isCut = isCut || excess[i] > 0;
-    }
-    if (!isCut)
-        return;
-    Polygon<Corner> kept;
-    for (unsigned i = 0; i < polygon.count; ++i) {
-        const unsigned j = i + 1 < polygon.count ? i + 1 : 0;
-        const bool isIn = excess[i] <= 0, isNextIn = excess[j] <= 0;
-        if (isIn)
-            kept.add(polygon.corners[i]);
-        if (isIn != isNextIn)
-            kept.add(cutEdge(polygon.corners[i], polygon.corners[j], excess[i] / (excess[i] - excess[j]),
-                             number, isIn));
-    }
-    polygon = kept;
-}
-
-/// Which planes of a column cut a triangle, as bits by their numbers; isApart if one has the whole outside.
-struct Cuts {
-    unsigned planes = 0;
-    bool isApart = false;
-
-    Cuts(const Face& column, const std::array<Vec3, 3>& triangle) {
-        for (unsigned i = 0; i < Face::NumPlanes && !isApart; ++i) {
-            const Face::Plane& plane = column.planes[i];
-            const double a = dot(triangle[0], plane.normal), b = dot(triangle[1], plane.normal),
-                         c = dot(triangle[2], plane.normal);
-            isApart = std::min(a, std::min(b, c)) >= plane.offset;
-            planes |= std::max(a, std::max(b, c)) > plane.offset ? 1U << i : 0U;
-        }
-    }
-};
-
-/// The part of the triangle within the column.
-template <class Corner>
-Polygon<Corner> patchWithin(const Face& column, const Cuts& cuts, const std::array<Corner, 3>& triangle) {
-    Polygon<Corner> polygon;
-    for (const Corner& corner : triangle)
-        polygon.add(corner);
-    for (unsigned i = 0; i < Face::NumPlanes && polygon.count > 0; ++i)
-        if ((cuts.planes >> i & 1U) != 0)
-            clip(polygon, column.planes[i], i);
-    return polygon;
-}
-
-/// The corners of a patch in the columns' frame.
-inline std::array<Vec3, 3> placed(const RelativeMotion<double>& motion, const Face& patch) {
-    return {motion.position + motion.rotation * patch.corners[0],
-            motion.position + motion.rotation * patch.corners[1],
-            motion.position + motion.rotation * patch.corners[2]};
-}
-
-/// The points and weights by which a triangle is integrated, exact for polynomials of second order (A. H.
-/// Stroud, "Approximate Calculation of Multiple Integrals", T2: 2-1). A point has the weight 1/6 + 1/2 in its
-/// own corner and 1/6 in the others.
-struct TriangleRule {
-    std::array<Vec3, 3> points;
-    double area; ///< per point
-
-    TriangleRule(const std::array<Vec3, 3>& x, const Vec3& normal)
-        : area(dot(cross(x[1] - x[0], x[2] - x[0]), normal) * (0.5 / 3)) {
-        const Vec3 middle = (x[0] + x[1] + x[2]) * (1.0 / 6);
-        for (unsigned i = 0; i < 3; ++i)
-            points[i] = middle + x[i] * 0.5;
-    }
-};
-
-/// What the law is told of a point of a patch.
-struct PatchPoint {
-    double depth, facing;
-    Vec3 velocity;
-
-    PatchPoint(const Face& column, const RelativeMotion<double>& motion, const Vec3& normal, const Vec3& y)
-        : depth(column.planes[Face::Foot].offset - dot(y, column.normal())),
-          facing(std::max(0.0, -dot(normal, column.normal()))),
-          velocity(motion.velocity + cross(motion.angular, y)) {}
-};
-
-/// Adds up forces alone.
-class ForceSum {
-  public:
-    ForceSum(const ContactLaw& contactLaw, const RelativeMotion<double>& relativeMotion)
-        : law(contactLaw),
-          motion(relativeMotion) {}
-
-    /// A patch within a column.
-    void add(const Face& column, const Face& patch, const Cuts& cuts, const std::array<Vec3, 3>& triangle) {
-        const Polygon<Vec3> polygon = patchWithin(column, cuts, triangle);
-        const Vec3 normal = motion.rotation * patch.normal();
-        for (unsigned i = 2; i < polygon.count; ++i) {
-            const TriangleRule rule({polygon.corners[0], polygon.corners[i - 1], polygon.corners[i]}, normal);
-            for (const Vec3& y : rule.points) {
-                const PatchPoint point(column, motion, normal, y);
-                addForce(y, law.traction(point.depth, normal, point.facing, point.velocity), rule.area,
-                         point.depth);
-            }
-        }
-    }
-
-    ColumnForces<double> sum{};
-
-  protected:
-    void addForce(const Vec3& y, const Vec3& traction, double area, double depth) {
-        const Vec3 force = traction * area;
-        sum.force += force;
-        sum.torque += cross(y, force);
-        sum.area += area;
-        sum.load += area * depth;
-        sum.areaMoment += y * area;
-        sum.loadMoment += y * (area * depth);
-    }
-
-    const ContactLaw& law;
-    const RelativeMotion<double>& motion;
-};
-
-/// Walks both trees and hands each patch that may reach into a column to a sum.
-template <class Sum>
+/// Walks both trees and sums up the forces, and their derivatives if there is something to take them up.
 class ColumnIntegral {
   public:
-    ColumnIntegral(const SurfaceView& columnSurface, const SurfaceView& patchSurface,
-                   const RelativeMotion<double>& relativeMotion, Sum& target)
-        : columns(columnSurface),
+    ColumnIntegral(const ContactLaw& contactLaw, const SurfaceView& columnSurface,
+                   const SurfaceView& patchSurface, const RelativeMotion<double>& relativeMotion,
+                   ForceSlopes* forceSlopes)
+        : law(contactLaw),
+          columns(columnSurface),
           patches(patchSurface),
           motion(relativeMotion),
-          sum(target) {
+          slopes(forceSlopes) {
         for (unsigned i = 0; i < 3; ++i)
             for (unsigned j = 0; j < 3; ++j)
                 skewness += std::abs(dot(motion.rotation[i], motion.rotation[j]) - (i == j ? 1 : 0));
     }
 
-    void compute() { visit(0, 0, place(patches.nodes[0].patches)); }
+    const ColumnForces<double>& compute() {
+        visit(0, 0, place(patches.nodes[0].patches));
+        return sum;
+    }
 
   private:
+    const ContactLaw& law;
     const SurfaceView& columns;
     const SurfaceView& patches;
     const RelativeMotion<double>& motion;
-    Sum& sum;
+    ForceSlopes* slopes;
     /// Bound of how far the rotation is from a true one, with Euler parameters off norm 1.
     double skewness = 0;
+    ColumnForces<double> sum{};
 
     /// A box around patches, in the columns' frame.
     struct PlacedBox {
@@ -256,13 +97,60 @@ class ColumnIntegral {
 
     void addLeaves(const Node& a, const Node& b) {
         for (std::uint32_t j = b.begin; j < b.end; ++j) {
-            const std::array<Vec3, 3> triangle = placed(motion, patches.faces[j]);
+            const PlacedTriangle triangle = place(patches.faces[j]);
+            if (isBeside(a.columns, triangle))
+                continue;
             for (std::uint32_t i = a.begin; i < a.end; ++i) {
                 const Cuts cuts(columns.faces[i], triangle);
                 if (!cuts.isApart)
-                    sum.add(columns.faces[i], patches.faces[j], cuts, triangle);
+                    addPair(columns.faces[i], patches.faces[j], cuts, triangle);
             }
         }
+    }
+
+    static bool isBeside(const Box& box, const PlacedTriangle& triangle) {
+        for (unsigned i = 0; i < 3; ++i) {
+            const double middle = dot(box.axes[i], box.center), a = dot(box.axes[i], triangle[0]) - middle,
+                         b = dot(box.axes[i], triangle[1]) - middle,
+                         c = dot(box.axes[i], triangle[2]) - middle;
+            if (std::min(a, std::min(b, c)) > box.half[i] || std::max(a, std::max(b, c)) < -box.half[i])
+                return true;
+        }
+        return false;
+    }
+
+    PlacedTriangle place(const Face& patch) const {
+        return {motion.position + motion.rotation * patch.corners[0],
+                motion.position + motion.rotation * patch.corners[1],
+                motion.position + motion.rotation * patch.corners[2]};
+    }
+
+    void addPair(const Face& column, const Face& patch, const Cuts& cuts, const PlacedTriangle& triangle) {
+        const Polygon polygon = patchWithin(column, cuts, triangle);
+        if (polygon.count == 0)
+            return;
+        if (slopes)
+            return slopes->add(column, patch, triangle, polygon, sum);
+        const Vec3 normal = motion.rotation * patch.normal();
+        for (unsigned i = 2; i < polygon.count; ++i)
+            addTriangle(column, normal, {polygon.corners[0], polygon.corners[i - 1], polygon.corners[i]});
+    }
+
+    /// Three points, exact for polynomials of second order (A. H. Stroud, "Approximate Calculation of
+    /// Multiple Integrals", T2: 2-1).
+    void addTriangle(const Face& column, const Vec3& normal, const PlacedTriangle& x) {
+        const double share = dot(cross(x[1] - x[0], x[2] - x[0]) * (0.5 / 3), normal);
+        const Vec3 middle = (x[0] + x[1] + x[2]) * (1.0 / 6);
+        for (unsigned i = 0; i < 3; ++i)
+            addPoint(column, normal, middle + x[i] * 0.5, share);
+    }
+
+    void addPoint(const Face& column, const Vec3& normal, const Vec3& y, double area) {
+        const double depth = column.planes[Face::Foot].offset - dot(y, column.normal());
+        const double cosine = -dot(normal, column.normal());
+        const double facing = cosine > 0 ? cosine : 0.0;
+        const Vec3 velocity = motion.velocity + cross(motion.angular, y);
+        sum.addPoint(y, depth, law.traction(depth, normal, facing, velocity) * area, area);
     }
 };
 

@@ -1,6 +1,6 @@
 #include "contact/Contact.h"
 
-#include "contact/ColumnDerivatives.h"
+#include "contact/ColumnIntegral.h"
 #include "contact/SurfaceFile.h"
 
 #include <cstddef>
@@ -21,7 +21,7 @@
 namespace velmora::contact {
 namespace {
 
-constexpr int numCoordinates = 28;
+constexpr int numRelative = 18, numCoordinates = 28;
 using Coordinate = Dual<numCoordinates>;
 
 template <class T>
@@ -44,48 +44,48 @@ RelativeMotion<T> relate(const BodyState<T>& c, const BodyState<T>& p) {
 
 ColumnForces<double> integrate(const ContactLaw& law, const SurfaceView& columns, const SurfaceView& patches,
                                const RelativeMotion<double>& motion) {
-    ForceSum sum(law, motion);
-    ColumnIntegral(columns, patches, motion, sum).compute();
-    return sum.sum;
+    return ColumnIntegral(law, columns, patches, motion, nullptr).compute();
 }
 
-Vec3 valuesOf(const Vector3<Coordinate>& x) {
-    return {x[0].value, x[1].value, x[2].value};
-}
-Vec3 derivativesOf(const Vector3<Coordinate>& x, unsigned n) {
-    return {x[0].d[n], x[1].d[n], x[2].d[n]};
+/// The 18 numbers of a motion.
+template <class T>
+std::array<const T*, numRelative> numbersOf(const RelativeMotion<T>& motion) {
+    std::array<const T*, numRelative> numbers{};
+    unsigned n = 0;
+    for (const Vector3<T>* vector : {&motion.rotation[0], &motion.rotation[1], &motion.rotation[2],
+                                     &motion.position, &motion.velocity, &motion.angular})
+        for (const T& number : *vector)
+            numbers[n++] = &number;
+    return numbers;
 }
 
-/// Derivatives by the 18 relative numbers, then the chain rule.
+/// The integral with its derivatives with respect to the 18 relative numbers, then the chain rule.
 ColumnForces<Coordinate> integrate(const ContactLaw& law, const SurfaceView& columns,
                                    const SurfaceView& patches, const RelativeMotion<Coordinate>& motion) {
-    const RelativeMotion<double> values{
-        {valuesOf(motion.rotation[0]), valuesOf(motion.rotation[1]), valuesOf(motion.rotation[2])},
-        valuesOf(motion.position),
-        valuesOf(motion.velocity),
-        valuesOf(motion.angular)};
-    DerivativeSum total(law, values);
-    ColumnIntegral(columns, patches, values, total).compute();
+    RelativeMotion<double> values{};
+    for (unsigned i = 0; i < 3; ++i) {
+        for (unsigned j = 0; j < 3; ++j)
+            values.rotation[j][i] = valueOf(motion.rotation[j][i]);
+        values.position[i] = valueOf(motion.position[i]);
+        values.velocity[i] = valueOf(motion.velocity[i]);
+        values.angular[i] = valueOf(motion.angular[i]);
+    }
+    ForceSlopes slopes(law, values);
+    const ColumnForces<double> sum = ColumnIntegral(law, columns, patches, values, &slopes).compute();
 
-    const ColumnForces<double>& sum = total.sum;
-    const MotionDerivatives& by = total.derivatives;
-    ColumnForces<Coordinate> result{{}, {}, sum.area, sum.load, sum.areaMoment, sum.loadMoment};
-    const auto chain = [&](const Vec3& value, Mat3 WrenchDerivative::*part, Vector3<Coordinate>& out) {
-        for (unsigned i = 0; i < 3; ++i)
-            out[i].value = value[i];
-        for (unsigned n = 0; n < numCoordinates; ++n) {
-            Vec3 d = by.position.*part * derivativesOf(motion.position, n) +
-                     by.velocity.*part * derivativesOf(motion.velocity, n) +
-                     by.angular.*part * derivativesOf(motion.angular, n);
-            for (unsigned j = 0; j < 3; ++j)
-                d += by.rotation[j].*part * derivativesOf(motion.rotation[j], n);
-            for (unsigned i = 0; i < 3; ++i)
-                out[i].d[n] = d[i];
+    const auto origins = numbersOf(motion);
+    const auto wrenches = numbersOf(slopes.sum);
+    const auto chain = [&](const Vec3& x, unsigned first) {
+        Vector3<Coordinate> y;
+        for (unsigned i = 0; i < 3; ++i) {
+            y[i] = x[i];
+            for (unsigned k = 0; k < numRelative; ++k)
+                for (unsigned n = 0; n < numCoordinates; ++n)
+                    y[i].d[n] += (*wrenches[k])[first + i] * origins[k]->d[n];
         }
+        return y;
     };
-    chain(sum.force, &WrenchDerivative::force, result.force);
-    chain(sum.torque, &WrenchDerivative::torque, result.torque);
-    return result;
+    return {chain(sum.force, 0), chain(sum.torque, 3), sum.area, sum.load, sum.areaMoment, sum.loadMoment};
 }
 
 template <class T>

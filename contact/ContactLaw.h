@@ -19,6 +19,12 @@ enum class ColumnTask {
     Surface2 = 2, ///< surface 2, into which surface 1 presses
 };
 
+/// A traction with its derivatives. Columns of the matrices belong to the variable's components.
+struct TractionSlopes {
+    Vec3 value{}, depth{};
+    Mat3 normal{}, velocity{};
+};
+
 /// What the pressure between two surfaces depends on.
 struct ContactLaw {
     double stiffness = 0;                  ///< pressure per depth
@@ -29,17 +35,16 @@ struct ContactLaw {
     double regularizationVelocity = 0;
 
     double dampingShare(double depth) const {
-        if (isDampingFull(depth))
+        if (transition == DampingTransition::None || depth >= transitionDepth)
             return 1;
-        const double t = depth / transitionDepth;
-        return transition == DampingTransition::Linear ? t : t * t * (3 - 2 * t);
+        const double t = depth * (1 / transitionDepth);
+        return transition == DampingTransition::Linear ? t : t * t * (3.0 - 2.0 * t);
     }
-    /// d(share) / d(depth)
     double dampingShareSlope(double depth) const {
-        if (isDampingFull(depth))
+        if (transition == DampingTransition::None || depth >= transitionDepth)
             return 0;
-        const double t = depth / transitionDepth;
-        return (transition == DampingTransition::Linear ? 1 : 6 * t * (1 - t)) / transitionDepth;
+        const double t = depth * (1 / transitionDepth);
+        return (transition == DampingTransition::Linear ? 1.0 : 6.0 * t * (1.0 - t)) / transitionDepth;
     }
 
     /// Traction on the body of the columns, per area of the patch.
@@ -50,73 +55,62 @@ struct ContactLaw {
     /// the columns and back sides have none; the pressure never pulls.
     ///
     ///     p = k depth + facing c(s) share(depth) s,  s = -velocity . normal   at least 0
-    ///     traction = p normal - g v,  g = mu facing p / sqrt(v . v + vr^2),  v = velocity + normal s
+    ///     traction = p normal - mu facing p v / sqrt(v . v + vr^2),  v the tangential part of the velocity
     Vec3 traction(double depth, const Vec3& normal, double facing, const Vec3& velocity) const {
-        return evaluate(depth, normal, facing, velocity).traction;
+        const double approach = -dot(velocity, normal);
+        const double damping = approach > 0 ? compression : expansion;
+        double pressure = stiffness * depth;
+        if (damping > 0)
+            pressure += facing * dampingShare(depth) * approach * damping;
+        if (pressure <= 0)
+            return {};
+        Vec3 result = normal * pressure;
+        if (friction > 0) {
+            const Vec3 sliding = velocity + normal * approach;
+            result += sliding * (facing * pressure * (-friction * inverseSpeed(sliding)));
+        }
+        return result;
     }
 
-    /// The traction with its derivatives. Matrices have a column per component of what they derive by.
-    struct Tangent {
-        Vec3 traction, byDepth, byFacing;
-        Mat3 byNormal, byVelocity;
-    };
-    Tangent tangent(double depth, const Vec3& normal, double facing, const Vec3& velocity) const {
-        const Terms at = evaluate(depth, normal, facing, velocity);
-        if (!(at.pressure > 0))
+    /// The same with derivatives; facingSlope is the derivative of facing with respect to the normal. With
+    /// e = normal - mu facing v / u, the traction per pressure, and u the root,
+    ///
+    ///     d traction = e dp + p dnormal - mu p v dfacing / u - mu facing p (dv - v (v . dv) / u^2) / u
+    ///     dv = dvelocity + normal ds + s dnormal,  ds = -(normal . dvelocity + velocity . dnormal)
+    TractionSlopes tractionSlopes(double depth, const Vec3& normal, double facing, const Vec3& facingSlope,
+                                  const Vec3& velocity) const {
+        const double approach = -dot(velocity, normal);
+        const double damping = approach > 0 ? compression : expansion;
+        const double share = dampingShare(depth);
+        const double pressure = stiffness * depth + facing * share * approach * damping;
+        if (pressure <= 0)
             return {};
-        const double share = at.share, s = at.approach;
-        const double pByDepth = stiffness + at.damping * facing * dampingShareSlope(depth) * s;
-        const double pByFacing = at.damping * share * s, pByApproach = at.damping * share * facing;
-        // s = -velocity . normal
-        Tangent t{at.traction, normal * pByDepth, normal * pByFacing,
-                  diagonal(at.pressure) + outer(normal, velocity * -pByApproach),
-                  outer(normal, normal * -pByApproach)};
-        if (!(friction > 0))
-            return t;
-        // v = velocity + normal s; dg = g (d facing / facing + dp / p) - g v . dv / (v . v + vr^2)
-        const Vec3& v = at.sliding;
-        const double g = at.drag, gByPressure = friction * facing / at.speed;
-        const double along = dot(v, normal), bend = g / (at.speed * at.speed);
-        const Mat3 vByVelocity = diagonal(1) + outer(normal, normal * -1.0);
-        const Mat3 vByNormal = diagonal(s) + outer(normal, velocity * -1.0);
-        const Vec3 gByVelocity = normal * (-pByApproach * gByPressure) + (v - normal * along) * -bend;
-        const Vec3 gByNormal = velocity * (-pByApproach * gByPressure) + (v * s - velocity * along) * -bend;
-        t.byDepth += v * (-pByDepth * gByPressure);
-        t.byFacing += v * -(friction * at.pressure / at.speed + pByFacing * gByPressure);
-        t.byNormal += outer(v, gByNormal * -1.0) + vByNormal * -g;
-        t.byVelocity += outer(v, gByVelocity * -1.0) + vByVelocity * -g;
-        return t;
+        const Vec3 sliding = velocity + normal * approach;
+        const double inverse = friction > 0 ? inverseSpeed(sliding) : 0.0, grip = -friction * inverse;
+        const double drag = facing * pressure * grip;
+        const Vec3 alongSliding = sliding * (-drag * inverse * inverse);
+        const Vec3 perPressure = normal + sliding * (facing * grip);
+        const Vec3 perApproach =
+            perPressure * (facing * damping * share) + normal * drag + alongSliding * dot(sliding, normal);
+        const Vec3 perFacing = perPressure * (damping * share * approach) + sliding * (pressure * grip);
+
+        TractionSlopes slopes;
+        slopes.value = normal * pressure + sliding * drag;
+        slopes.depth = perPressure * (stiffness + facing * damping * dampingShareSlope(depth) * approach);
+        for (unsigned j = 0; j < 3; ++j) {
+            Vec3 bySliding = alongSliding * sliding[j];
+            bySliding[j] += drag;
+            slopes.velocity[j] = bySliding - perApproach * normal[j];
+            slopes.normal[j] = bySliding * approach - perApproach * velocity[j] + perFacing * facingSlope[j];
+            slopes.normal[j][j] += pressure;
+        }
+        return slopes;
     }
 
   private:
-    struct Terms {
-        Vec3 traction{}, sliding{};
-        double approach = 0, damping = 0, share = 1, pressure = 0;
-        double speed = 1, drag = 0; ///< sqrt(v . v + vr^2), g
-    };
-
-    bool isDampingFull(double depth) const {
-        return transition == DampingTransition::None || depth >= transitionDepth;
-    }
-    Terms evaluate(double depth, const Vec3& normal, double facing, const Vec3& velocity) const {
-        Terms t;
-        t.approach = -dot(velocity, normal);
-        t.damping = t.approach > 0 ? compression : expansion;
-        t.pressure = stiffness * depth;
-        if (t.damping > 0) {
-            t.share = dampingShare(depth);
-            t.pressure += facing * t.share * t.approach * t.damping;
-        }
-        if (t.pressure <= 0)
-            return t;
-        t.traction = normal * t.pressure;
-        if (friction > 0) {
-            t.sliding = velocity + normal * t.approach;
-            t.speed = std::sqrt(dot(t.sliding, t.sliding) + regularizationVelocity * regularizationVelocity);
-            t.drag = friction * facing * t.pressure / t.speed;
-            t.traction += t.sliding * -t.drag;
-        }
-        return t;
+    /// 1 / sqrt(v . v + vr^2)
+    double inverseSpeed(const Vec3& sliding) const {
+        return 1 / std::sqrt(dot(sliding, sliding) + regularizationVelocity * regularizationVelocity);
     }
 };
 

@@ -19,33 +19,23 @@ template <class T>
 using Matrix3 = std::array<Vector3<T>, 3>;
 using Mat3 = Matrix3<double>;
 
-// The products of a double with a Dual are of type Dual.
+// Sums and products of a double with a Dual are of type Dual.
 template <class S, class T>
 using Product = decltype(S() * T());
+template <class S, class T>
+using Sum = decltype(S() + T());
 
 template <class S, class T>
-Vector3<Product<S, T>> operator+(const Vector3<S>& a, const Vector3<T>& b) {
+Vector3<Sum<S, T>> operator+(const Vector3<S>& a, const Vector3<T>& b) {
     return {a[0] + b[0], a[1] + b[1], a[2] + b[2]};
 }
 template <class S, class T>
-Vector3<Product<S, T>> operator-(const Vector3<S>& a, const Vector3<T>& b) {
+Vector3<Sum<S, T>> operator-(const Vector3<S>& a, const Vector3<T>& b) {
     return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
 }
 template <class S, class T>
 Vector3<Product<S, T>> operator*(const Vector3<S>& a, const T& s) {
     return {a[0] * s, a[1] * s, a[2] * s};
-}
-template <class S, class T>
-Matrix3<Product<S, T>> operator*(const Matrix3<S>& m, const T& s) {
-    return {m[0] * s, m[1] * s, m[2] * s};
-}
-template <class T>
-Matrix3<T> operator+(const Matrix3<T>& a, const Matrix3<T>& b) {
-    return {a[0] + b[0], a[1] + b[1], a[2] + b[2]};
-}
-template <class T>
-Matrix3<T>& operator+=(Matrix3<T>& a, const Matrix3<T>& b) {
-    return a = a + b;
 }
 template <class T>
 Vector3<T>& operator+=(Vector3<T>& a, const Vector3<T>& b) {
@@ -70,25 +60,6 @@ template <class S, class T>
 Vector3<Product<S, T>> operator*(const Matrix3<S>& m, const Vector3<T>& u) {
     const auto row = [&](unsigned i) { return sumOfProducts(m[0][i], u[0], m[1][i], u[1], m[2][i], u[2]); };
     return {row(0), row(1), row(2)};
-}
-inline Mat3 diagonal(double x) {
-    return {{{x, 0, 0}, {0, x, 0}, {0, 0, x}}};
-}
-/// a b'
-inline Mat3 outer(const Vec3& a, const Vec3& b) {
-    return {a * b[0], a * b[1], a * b[2]};
-}
-/// The matrix of x -> a x x.
-inline Mat3 skew(const Vec3& a) {
-    return {{{0, a[2], -a[1]}, {-a[2], 0, a[0]}, {a[1], -a[0], 0}}};
-}
-/// skew(a) m
-inline Mat3 skewTimes(const Vec3& a, const Mat3& m) {
-    return {cross(a, m[0]), cross(a, m[1]), cross(a, m[2])};
-}
-/// m skew(a)
-inline Mat3 timesSkew(const Mat3& m, const Vec3& a) {
-    return {m[1] * a[2] - m[2] * a[1], m[2] * a[0] - m[0] * a[2], m[0] * a[1] - m[1] * a[0]};
 }
 /// m' u
 template <class S, class T>
