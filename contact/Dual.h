@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <cmath>
 
 /// \file
 /// Forward-mode derivatives: a value with its derivatives with respect to N variables. Every operation
@@ -77,14 +76,9 @@ double valueOf(const Dual<N>& x) {
 /// a0 b0 + a1 b1 + a2 b2 and a0 b0 - a1 b1 for any mixture; for Dual numbers in one pass, with values in the
 /// order of the plain formula.
 template <class S, class T>
-auto sumOfProducts(const S& a0, const T& b0, const S& a1, const T& b1, const S& a2, const T& b2) {
+[[gnu::always_inline]] inline auto sumOfProducts(const S& a0, const T& b0, const S& a1, const T& b1,
+                                                 const S& a2, const T& b2) {
     return a0 * b0 + a1 * b1 + a2 * b2;
-}
-template <int N>
-Dual<N> sumOfProducts(const Dual<N>& a0, const double& b0, const Dual<N>& a1, const double& b1,
-                      const Dual<N>& a2, const double& b2) {
-    return Dual<N>::make(a0.value * b0 + a1.value * b1 + a2.value * b2,
-                         [&](unsigned i) { return a0.d[i] * b0 + a1.d[i] * b1 + a2.d[i] * b2; });
 }
 template <int N>
 Dual<N> sumOfProducts(const Dual<N>& a0, const Dual<N>& b0, const Dual<N>& a1, const Dual<N>& b1,
@@ -95,7 +89,7 @@ Dual<N> sumOfProducts(const Dual<N>& a0, const Dual<N>& b0, const Dual<N>& a1, c
     });
 }
 template <class S, class T>
-auto differenceOfProducts(const S& a0, const T& b0, const S& a1, const T& b1) {
+[[gnu::always_inline]] inline auto differenceOfProducts(const S& a0, const T& b0, const S& a1, const T& b1) {
     return a0 * b0 - a1 * b1;
 }
 template <int N>

@@ -51,7 +51,7 @@ class Wrench {
   public:
     Wrench() = default;
     /// Of a force at a place.
-    Wrench(const Vec3& force, const Vec3& place) {
+    [[gnu::always_inline]] Wrench(const Vec3& force, const Vec3& place) {
         const Vec3 moment = cross(place, force);
         pairs[0] = Pair{force[0], force[1]};
         pairs[1] = Pair{force[2], moment[0]};
@@ -60,23 +60,23 @@ class Wrench {
     double operator[](unsigned i) const { return pairs[i / 2][i % 2]; }
     void addMoment(unsigned i, double moment) { pairs[(i + 3) / 2][(i + 3) % 2] += moment; }
 
-    Wrench& operator+=(const Wrench& y) {
+    [[gnu::always_inline]] Wrench& operator+=(const Wrench& y) {
         for (unsigned i = 0; i < 3; ++i)
             pairs[i] += y.pairs[i];
         return *this;
     }
-    friend Wrench operator+(Wrench x, const Wrench& y) { return x += y; }
-    friend Wrench operator-(Wrench x, const Wrench& y) {
+    [[gnu::always_inline]] friend Wrench operator+(Wrench x, const Wrench& y) { return x += y; }
+    [[gnu::always_inline]] friend Wrench operator-(Wrench x, const Wrench& y) {
         for (unsigned i = 0; i < 3; ++i)
             x.pairs[i] -= y.pairs[i];
         return x;
     }
-    friend Wrench operator*(Wrench x, double c) {
+    [[gnu::always_inline]] friend Wrench operator*(Wrench x, double c) {
         for (Pair& pair : x.pairs)
             pair *= c;
         return x;
     }
-    friend Wrench operator*(double c, const Wrench& x) { return x * c; }
+    [[gnu::always_inline]] friend Wrench operator*(double c, const Wrench& x) { return x * c; }
 
   private:
     using Pair [[gnu::vector_size(2 * sizeof(double))]] = double;
@@ -223,8 +223,8 @@ class ForceSlopes {
             sum.rotation[k] += perPatch * dot(inverseRows[k], fromOrigin);
     }
 
-    /// (1) to (3), transposed: from what depends on the corner's place to what depends on u. Lines that are
-    /// parallel up to rounding don't meet anywhere; such a corner goes with the patch.
+    /// (1) to (3), transposed: from what depends on the corner's place to what depends on u. What is
+    /// parallel up to rounding doesn't meet anywhere; such a corner goes with the patch.
     static Vector3<Wrench> carry(const Vector3<Wrench>& perPlace, const Face& column,
                                  const PlacedTriangle& triangle, unsigned before, unsigned after) {
         const unsigned patchEdge = Polygon::PatchEdge;
@@ -235,12 +235,20 @@ class ForceSlopes {
             const Vec3 along = triangle[(start + 1) % 3] - triangle[start];
             const Vec3& normal = column.planes[std::min(before, after)].normal;
             const double slope = dot(normal, along);
-            return slope == 0 ? perPlace : perPlace - normal * (dot(perPlace, along) * (1 / slope));
+            return isRounding(slope, along, normal)
+                       ? perPlace
+                       : perPlace - normal * (dot(perPlace, along) * (1 / slope));
         }
         const Vec3 line = cross(column.planes[before].normal, column.planes[after].normal);
         const Vec3 normal = cross(triangle[1] - triangle[0], triangle[2] - triangle[0]);
         const double slope = dot(normal, line);
-        return slope == 0 ? perPlace : normal * (dot(perPlace, line) * (1 / slope));
+        return isRounding(slope, line, normal) ? perPlace : normal * (dot(perPlace, line) * (1 / slope));
+    }
+
+    /// Whether the product a . b is 0 but for rounding.
+    static bool isRounding(double product, const Vec3& a, const Vec3& b) {
+        constexpr double tolerance = 1e-12;
+        return product * product <= tolerance * tolerance * dot(a, a) * dot(b, b);
     }
 };
 

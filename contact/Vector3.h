@@ -6,7 +6,8 @@
 #include <cmath>
 
 /// \file
-/// Vectors and matrices of three over double or Dual numbers, and the rotation by Euler parameters.
+/// Vectors and matrices of three over double or Dual numbers, and the rotation by Euler parameters. Operators
+/// are inlined in any case: a vector of derivatives that is handed over in memory costs more than the sum.
 
 namespace velmora::contact {
 
@@ -26,29 +27,29 @@ template <class S, class T>
 using Sum = decltype(S() + T());
 
 template <class S, class T>
-Vector3<Sum<S, T>> operator+(const Vector3<S>& a, const Vector3<T>& b) {
+[[gnu::always_inline]] inline Vector3<Sum<S, T>> operator+(const Vector3<S>& a, const Vector3<T>& b) {
     return {a[0] + b[0], a[1] + b[1], a[2] + b[2]};
 }
 template <class S, class T>
-Vector3<Sum<S, T>> operator-(const Vector3<S>& a, const Vector3<T>& b) {
+[[gnu::always_inline]] inline Vector3<Sum<S, T>> operator-(const Vector3<S>& a, const Vector3<T>& b) {
     return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
 }
 template <class S, class T>
-Vector3<Product<S, T>> operator*(const Vector3<S>& a, const T& s) {
+[[gnu::always_inline]] inline Vector3<Product<S, T>> operator*(const Vector3<S>& a, const T& s) {
     return {a[0] * s, a[1] * s, a[2] * s};
 }
 template <class T>
-Vector3<T>& operator+=(Vector3<T>& a, const Vector3<T>& b) {
+[[gnu::always_inline]] inline Vector3<T>& operator+=(Vector3<T>& a, const Vector3<T>& b) {
     for (unsigned i = 0; i < 3; ++i)
         a[i] += b[i];
     return a;
 }
 template <class S, class T>
-Product<S, T> dot(const Vector3<S>& a, const Vector3<T>& b) {
+[[gnu::always_inline]] inline Product<S, T> dot(const Vector3<S>& a, const Vector3<T>& b) {
     return sumOfProducts(a[0], b[0], a[1], b[1], a[2], b[2]);
 }
 template <class S, class T>
-Vector3<Product<S, T>> cross(const Vector3<S>& a, const Vector3<T>& b) {
+[[gnu::always_inline]] inline Vector3<Product<S, T>> cross(const Vector3<S>& a, const Vector3<T>& b) {
     return {differenceOfProducts(a[1], b[2], a[2], b[1]), differenceOfProducts(a[2], b[0], a[0], b[2]),
             differenceOfProducts(a[0], b[1], a[1], b[0])};
 }

@@ -34,7 +34,7 @@ fi
 # clang doesn't know every option that g++ was given.
 commands=$(mktemp -d)
 trap 'rm -rf "$commands"' EXIT
-sed -E 's/ -(fno-tree-loop-vectorize|finline-limit=[0-9]+)//g' "$build/compile_commands.json" >"$commands/compile_commands.json"
+sed 's/ -fno-tree-loop-vectorize//' "$build/compile_commands.json" >"$commands/compile_commands.json"
 
 status=0
 printf '%s\0' "${sources[@]}" |

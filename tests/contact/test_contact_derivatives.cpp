@@ -139,6 +139,28 @@ TEST_P(ContactDerivatives, vanishApart) {
         EXPECT_EQ(largest(exactDerivative(contact.get(), n)), 0);
 }
 
+/// A box flat on a wider one with its edges in the planes between the other's columns: rounding alone decides
+/// which of the lines meet.
+TEST_P(ContactDerivatives, standRoundingWhereEdgesCoincide) {
+    c.path1 = folder.write("small.obj", boxObj({0.3, 0.3, 0.3}, 3));
+    c.path2 = folder.write("wide.obj", boxObj({0.5, 0.5, 0.5}, 5));
+    c.compression = c.expansion = 0;
+    const auto contact = c.create();
+    const double angle = 0.5;
+    const V3 up{0, -std::sin(angle), std::cos(angle)};
+    const State s{turned(0, 0.79 * up[1], 0.79 * up[2], angle, {1, 0, 0}), turned(0, 0, 0, angle, {1, 0, 0}),
+                  V7{}, V7{}};
+    PCM_Contact_UpdateContactForceJacobian(contact.get(), s[0].data(), s[1].data(), s[2].data(), s[3].data());
+    double stiffness = 0;
+    for (unsigned i = 0; i < 9; ++i)
+        stiffness -= up[i / 3] * up[i % 3] * exactDerivative(contact.get(), i / 3)[i % 3];
+    // Depth 0.01; the columns of the small box narrow at its walls, by that much on each side.
+    const double width = GetParam() == 2 ? 0.6 : 0.58;
+    EXPECT_NEAR(stiffness, c.stiffness() * width * width, 0.05 * stiffness);
+    for (unsigned n = 0; n < 28; ++n)
+        EXPECT_LT(largest(exactDerivative(contact.get(), n)), 4 * stiffness) << "variable " << n;
+}
+
 INSTANTIATE_TEST_SUITE_P(Tasks, ContactDerivatives, testing::Values(0, 1, 2));
 
 } // namespace
