@@ -77,6 +77,7 @@ class Chain {
         matrix->update();
         solver->factorise();
         rightHandSide.assign(matrix->getPointerToSparseJacobian()->rows, 1.0);
+        solution = rightHandSide;
     }
 
     void computeResidual() {
@@ -106,7 +107,7 @@ class Chain {
     std::unique_ptr<MBS_ModelConstraintDofVector> residual;
     std::unique_ptr<MBS_GlobalModelMatrix> matrix;
     std::unique_ptr<SparseSolver> solver;
-    std::vector<double> rightHandSide;
+    std::vector<double> rightHandSide, solution;
     ChainFloor floor;
 };
 
@@ -146,7 +147,7 @@ void floorOfKernelShare(benchmark::State& state) {
 void sparseSolver(benchmark::State& state) {
     run(state, [](Chain& c) {
         c.solver->factorise();
-        c.solver->solve(c.rightHandSide.data());
+        c.solver->solve(c.rightHandSide.data(), c.solution.data());
     });
 }
 void iterationWithNewMatrix(benchmark::State& state) {

@@ -280,11 +280,10 @@ void HHTSystem::leaveOut(const std::vector<unsigned>& equations) {
 
 void HHTSystem::solve(const double* physicalResidual, const double* constraintPart) {
     for (unsigned i = 0; i < numOfPhysicalDof; ++i)
-        correction[i] = -physicalResidual[i];
+        rightHandSide[i] = -physicalResidual[i];
     for (unsigned i = 0; i < numOfConstraints; ++i)
-        correction[numOfPhysicalDof + i] = -typicalMass * constraintPart[i];
-    rightHandSide = correction;
-    solver->solve(correction.data());
+        rightHandSide[numOfPhysicalDof + i] = -typicalMass * constraintPart[i];
+    solver->solve(rightHandSide.data(), correction.data());
     for (unsigned i = 0; i < numOfConstraints; ++i)
         correction[numOfPhysicalDof + i] *= typicalMass;
 }

@@ -173,7 +173,7 @@ void PoseSolver::solve(bool isPulling) {
     else
         std::transform(residual.dofVector->data, residual.dofVector->data + residual.getNumOfConstraints(),
                        solution.begin() + n, std::negate<>());
-    solver->solve(solution.data());
+    solver->solve(solution.data(), solution.data());
 }
 
 } // namespace velmora::driver

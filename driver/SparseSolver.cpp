@@ -19,6 +19,42 @@ constexpr double suspiciousLossOfCondition = 1.0e-2;
 // Ratio of smallest to largest pivot, of rows scaled to one, that is nothing but rounding.
 constexpr double smallestPivotRatio = 0.5 * std::numeric_limits<double>::epsilon();
 
+// Far enough for main memory, near enough for the first cache.
+constexpr int columnsFetchedAhead = 24;
+
+/// The columns of one of KLU's triangular factors without its diagonal: of each first the row indices, padded
+/// to whole doubles, then the values.
+struct FactorColumns {
+    const double* factors;
+    const int* places; // of each column, in doubles
+    const int* lengths;
+
+    /// Asks the memory system for a column, without waiting for it.
+    void fetch([[maybe_unused]] int column) const {
+#if defined(__GNUC__)
+        constexpr int doublesPerCacheLine = 8;
+        for (int i = 0; i < lengths[column] + lengths[column] / 2; i += doublesPerCacheLine)
+            __builtin_prefetch(factors + places[column] + i);
+#endif
+    }
+    /// The column times x; in two sums, which don't wait for each other.
+    double multiply(int column, const double* x) const {
+        const double* begin = factors + places[column];
+        const int length = lengths[column];
+        const int* rows = reinterpret_cast<const int*>(begin); // NOLINT(*-reinterpret-cast): as KLU packs them
+        const double* values = begin + (length + 1) / 2;
+        double even = 0.0, odd = 0.0;
+        int i = 0;
+        for (; i + 1 < length; i += 2) {
+            even += values[i] * x[rows[i]];
+            odd += values[i + 1] * x[rows[i + 1]];
+        }
+        if (i < length)
+            even += values[i] * x[rows[i]];
+        return even + odd;
+    }
+};
+
 } // namespace
 
 SparseSolver::SparseSolver(const MBM_SparseMat_CSR3* sparseMatrix)
@@ -62,12 +98,12 @@ void SparseSolver::leaveOut(const std::vector<unsigned>& equations) {
         sources.clear();
     }
     values.resize(sources.size());
-    keptUnknowns.resize(kept.size());
-    analyse();
+        analyse();
 }
 
 void SparseSolver::analyse() {
     size = static_cast<int>(rowStarts.size()) - 1;
+    permuted.resize(static_cast<std::size_t>(size));
     numeric.reset();
     symbolic.reset(klu_analyze(size, rowStarts.data(), columns.data(), common.get()));
 }
@@ -131,17 +167,34 @@ bool SparseSolver::factorise() {
     return (numeric && refactoriseWithOldPivots(present)) || factoriseWithNewPivots(present);
 }
 
-void SparseSolver::solve(double* rightHandSide) {
-    if (kept.empty()) {
-        klu_tsolve(symbolic.get(), numeric.get(), size, 1, rightHandSide, common.get());
+void SparseSolver::solve(const double* rightHandSide, double* unknowns) {
+    for (int k = 0; k < size; ++k)
+        permuted[static_cast<std::size_t>(k)] = rightHandSide[getEquation(symbolic->Q[k])];
+    substitute(permuted.data());
+    if (!kept.empty())
+        std::fill_n(unknowns, matrix->rows, 0.0);
+    for (int k = 0; k < size; ++k)
+        unknowns[getEquation(numeric->Pnum[k])] = permuted[static_cast<std::size_t>(k)] / numeric->Rs[k];
+}
+
+// What klu_tsolve does, but it waits for memory at every column of a large matrix: the columns are too short
+// for the processor to run ahead, so that the following ones are asked for here.
+void SparseSolver::substitute(double* x) const {
+    const auto* pivots = static_cast<const double*>(numeric->Udiag);
+    if (size == 1) { // KLU keeps no factors then
+        x[0] /= pivots[0];
         return;
     }
-    for (std::size_t i = 0; i < kept.size(); ++i)
-        keptUnknowns[i] = rightHandSide[kept[i]];
-    klu_tsolve(symbolic.get(), numeric.get(), size, 1, keptUnknowns.data(), common.get());
-    std::fill_n(rightHandSide, matrix->rows, 0.0);
-    for (std::size_t i = 0; i < kept.size(); ++i)
-        rightHandSide[kept[i]] = keptUnknowns[i];
+    const auto* factors = static_cast<const double*>(numeric->LUbx[0]);
+    const FactorColumns lower{factors, numeric->Lip, numeric->Llen}, upper{factors, numeric->Uip, numeric->Ulen};
+    for (int k = 0; k < size; ++k) {
+        upper.fetch(std::min(k + columnsFetchedAhead, size - 1));
+        x[k] = (x[k] - upper.multiply(k, x)) / pivots[k];
+    }
+    for (int k = size - 1; k >= 0; --k) {
+        lower.fetch(std::max(k - columnsFetchedAhead, 0));
+        x[k] -= lower.multiply(k, x);
+    }
 }
 
 bool SparseSolver::refactoriseWithOldPivots(double* present) {

@@ -30,8 +30,9 @@ class SparseSolver {
 
     /// Factorises the present values; false if the matrix is singular: `singularEquation` then tells where.
     bool factorise();
-    /// Replaces the right-hand side by the solution, with the matrix of the last successful `factorise`.
-    void solve(double* rightHandSide);
+    /// Solves J x = b for the unknowns x, with the matrix of the last successful `factorise`. Both may be the
+    /// same array.
+    void solve(const double* rightHandSide, double* unknowns);
 
     /// Row, from 0, without a pivot after a failing `factorise`; the number of rows if it isn't known.
     unsigned getSingularEquation() const { return singularEquation; }
@@ -59,16 +60,18 @@ class SparseSolver {
     bool refactoriseWithOldPivots(double* values);
     bool repeatFactorisations(std::vector<double>& ofPivots, const std::vector<double>& refactorised);
     bool factoriseWithNewPivots(double* values);
+    void substitute(double* x) const;
     unsigned findSmallestPivot() const;
     unsigned getEquation(int row) const;
 
     const MBM_SparseMat_CSR3* matrix;    // not owned
     int size = 0;                        // of what is factorised
     std::vector<int> rowStarts, columns; // zero-based pattern of what is factorised
+    std::vector<double> permuted;        // unknowns in the order of elimination
     // These are empty if nothing is left out.
     std::vector<unsigned> kept;    // equation per row of what is factorised
     std::vector<unsigned> sources; // place in the matrix per value of what is factorised
-    std::vector<double> values, keptUnknowns;
+    std::vector<double> values;
     std::unique_ptr<klu_common> common; // at a fixed address: the two below refer to it
     std::unique_ptr<klu_symbolic, FreeSymbolic> symbolic;
     std::unique_ptr<klu_numeric, FreeNumeric> numeric;

@@ -324,12 +324,12 @@ TEST(SparseSolver, KeepsPivotsWhileTheyServeAndNamesTheSingularEquation) {
     SparseSolver solver(&matrix);
     std::array<double, 3> x = residual({4.0, 1.0, 2.0, 3.0, 5.0});
     ASSERT_TRUE(solver.factorise());
-    solver.solve(x.data());
+    solver.solve(x.data(), x.data());
     EXPECT_NEAR(4.0 * x[0] + x[1], 1.0, 1e-15);
     EXPECT_NEAR(2.0 * x[0] + 3.0 * x[1], 2.0, 1e-15); // not the transpose
     x = residual({1e-14, 1.0, 1.0, 1e-14, 5.0});      // the old pivots would lose all digits
     ASSERT_TRUE(solver.factorise());
-    solver.solve(x.data());
+    solver.solve(x.data(), x.data());
     EXPECT_NEAR(x[0], 2.0, 1e-12);
     EXPECT_NEAR(x[1], 1.0, 1e-12);
     EXPECT_EQ(solver.getNumOfFactorisations(), 2u);
@@ -341,8 +341,43 @@ TEST(SparseSolver, KeepsPivotsWhileTheyServeAndNamesTheSingularEquation) {
     EXPECT_EQ(solver.getSingularEquation(), 2u);
     x = residual({0.0, 1.0, 2.0, 4.0, 5.0});
     ASSERT_TRUE(solver.factorise());
-    solver.solve(x.data());
+    solver.solve(x.data(), x.data());
     EXPECT_EQ(x, (std::array<double, 3>{0.0, 0.5, 0.6}));
+    solver.leaveOut({0, 2});
+    ASSERT_TRUE(solver.factorise());
+    x = {1.0, 2.0, 3.0};
+    solver.solve(x.data(), x.data());
+    EXPECT_EQ(x, (std::array<double, 3>{0.0, 0.5, 0.0}));
+}
+
+TEST(SparseSolver, SolvesRandomMatricesThatNeedPivotsAndFillIn) {
+    std::mt19937 random(11);
+    std::uniform_real_distribution<double> value(-1.0, 1.0);
+    for (const unsigned n : {2u, 7u, 40u, 150u}) {
+        std::vector<unsigned> rows, cols;
+        for (unsigned i = 0; i < n; ++i)
+            for (const unsigned j : {i, (i + 1) % n, i * i % n, static_cast<unsigned>(random() % n)}) {
+                rows.push_back(i + 1);
+                cols.push_back(j + 1);
+            }
+        MBM_SparseMat_CSR3 matrix(n, n, rows.size(), rows.data(), cols.data());
+        SparseSolver solver(&matrix);
+        for (int refresh = 0; refresh < 3; ++refresh) {
+            std::vector<double> b(n), x(n);
+            std::ranges::generate(b, [&] { return value(random); });
+            const unsigned numOfValues = matrix.rowIndex[n] - 1;
+            std::generate_n(matrix.values, numOfValues, [&] { return value(random); });
+            ASSERT_TRUE(solver.factorise());
+            solver.solve(b.data(), x.data());
+            const double size = std::fabs(*std::ranges::max_element(x, {}, [](double v) { return std::fabs(v); }));
+            for (unsigned i = 0; i < n; ++i) {
+                double sum = 0.0;
+                for (unsigned k = matrix.rowIndex[i] - 1; k < matrix.rowIndex[i + 1] - 1; ++k)
+                    sum += matrix.values[k] * x[matrix.colIndices[k] - 1];
+                EXPECT_NEAR(sum, b[i], 1e-12 * std::max(size, 1.0)) << n;
+            }
+        }
+    }
 }
 
 } // namespace
