@@ -33,6 +33,7 @@ constexpr double hopelessMovement = 100.0;
 constexpr unsigned maxRankChanges = 3;
 // What a repeated equation may ask for beyond those that it repeats, in radii of gyration and radians.
 constexpr double contradiction = 1e-6;
+constexpr double roundingOfShare = 1e-9; // a limit of 1 lets everything pass
 
 double* data(MBS_ModelPhysicalDofVector& vector) {
     return vector.dofVector->data;
@@ -209,7 +210,7 @@ StepResult ConsistentStart::fulfilVelocities(HHTState& state) { // (2)
     const auto violation = redundancy->findViolationOfLeftOut(velocityResidual.dofVector->data);
     if (violation.size > contradiction * std::max(1.0, getLargestRate(state)))
         return refuseContradiction("velocities", violation);
-    if (change <= settings.startCorrectionLimit * speed)
+    if (change <= settings.startCorrectionLimit * (1.0 + roundingOfShare) * speed)
         return StepResult::Converged;
     return refuse(fmt::format("The initial velocities don't fulfil the constraints: they must be changed by "
                               "up to {} and {}, a share of {:.3g} in the metric of the masses, more than the "

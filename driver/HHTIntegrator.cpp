@@ -225,32 +225,37 @@ StepResult HHTIntegrator::iterateOnce() {
 void HHTIntegrator::applyCorrection() {
     const double* correction = system->getCorrection().data();
     const unsigned n = system->getNumOfPhysicalDof();
+    double *qdd = data(trial->qdd), *a = data(trial->a), *qd = data(trial->qd), *q = data(trial->q);
     for (unsigned i = 0; i < n; ++i) { // (2), (5)
-        data(trial->qdd)[i] += correction[i];
-        data(trial->a)[i] += (1.0 + alpha) * correction[i];
-        data(trial->qd)[i] += c1 * correction[i];
-        data(trial->q)[i] += c2 * correction[i];
+        qdd[i] += correction[i];
+        a[i] += (1.0 + alpha) * correction[i];
+        qd[i] += c1 * correction[i];
+        q[i] += c2 * correction[i];
     }
-    largestMultiplier = multiplierCorrection = largestInertia = 0.0;
-    for (unsigned i = 0; i < n; ++i)
-        largestInertia = std::max(largestInertia, meanMass * std::fabs(data(trial->qdd)[i]));
-    for (unsigned i = 0; i < system->getNumOfConstraints(); ++i) {
+    for (unsigned i = 0; i < system->getNumOfConstraints(); ++i)
         data(trial->lambda)[i] += correction[n + i];
-        largestMultiplier = std::max(largestMultiplier, std::fabs(data(trial->lambda)[i]));
-        multiplierCorrection = std::max(multiplierCorrection, std::fabs(correction[n + i]));
-    }
+}
+
+bool HHTIntegrator::isConverged() {
+    if (!arePositionsConverged())
+        return false;
+    if (isMatrixOfThisStep || areMultipliersConverged())
+        return true;
+    isMatrixWanted = true;
+    return false;
 }
 
 /// Positions don't tell of multipliers that cancel each other: after a singular position these may be huge,
 /// and a matrix from near it brings them down slowly.
-bool HHTIntegrator::isConverged() {
-    if (!arePositionsConverged())
-        return false;
-    if (isMatrixOfThisStep || multiplierCorrection <= largestShareOfMultiplier * largestMultiplier ||
-        largestMultiplier <= negligibleShareOfInertia * largestInertia)
-        return true;
-    isMatrixWanted = true;
-    return false;
+bool HHTIntegrator::areMultipliersConverged() {
+    const auto largest = [](const double* x, unsigned size) {
+        return std::accumulate(x, x + size, 0.0,
+                               [](double l, double y) { return std::max(l, std::fabs(y)); });
+    };
+    const unsigned n = system->getNumOfPhysicalDof(), m = system->getNumOfConstraints();
+    const double multiplier = m > 0 ? largest(data(trial->lambda), m) : 0.0;
+    return largest(system->getCorrection().data() + n, m) <= largestShareOfMultiplier * multiplier ||
+           multiplier <= negligibleShareOfInertia * meanMass * largest(data(trial->qdd), n);
 }
 
 bool HHTIntegrator::arePositionsConverged() {

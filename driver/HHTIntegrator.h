@@ -49,6 +49,7 @@ class HHTIntegrator {
     StepResult iterateOnce();
     bool isConverged();
     bool arePositionsConverged();
+    bool areMultipliersConverged();
     void applyCorrection();
     void estimateLocalError();
     void filterLocalError();
@@ -79,10 +80,8 @@ class HHTIntegrator {
     unsigned iteration = 0;   // of the step in work
     double contraction = 1.0; // of the Newton corrections, with the present matrix
     double correctionNorm = 0.0, lastCorrectionNorm = 0.0;
-    double meanMass = 0.0;                                      // of the bodies
-    double largestInertia = 0.0;                                // mean mass times the largest acceleration
-    double largestMultiplier = 0.0, multiplierCorrection = 0.0; // after the last correction, and of it
-    double rounding = 0.0;                                      // norm of the positions' rounding
+    double meanMass = 0.0; // of the bodies
+    double rounding = 0.0; // norm of the positions' rounding
     double localError = 0.0;
     double shareLeftByFilter = 0.0; // of the local error; 0: not known
     unsigned stepsSinceFilter = 0;

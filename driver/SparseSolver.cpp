@@ -19,6 +19,10 @@ constexpr double suspiciousLossOfCondition = 1.0e-2;
 // Ratio of smallest to largest pivot, of rows scaled to one, that is nothing but rounding.
 constexpr double smallestPivotRatio = 0.5 * std::numeric_limits<double>::epsilon();
 
+// Of KLU: rows as they are (and the pattern unchecked), and over their largest element.
+constexpr int noScaling = -1;
+constexpr int scalingByLargest = 2;
+
 // Far enough for main memory, near enough for the first cache.
 constexpr int columnsFetchedAhead = 24;
 
@@ -41,7 +45,8 @@ struct FactorColumns {
     double multiply(int column, const double* x) const {
         const double* begin = factors + places[column];
         const int length = lengths[column];
-        const int* rows = reinterpret_cast<const int*>(begin); // NOLINT(*-reinterpret-cast): as KLU packs them
+        const int* rows =
+            reinterpret_cast<const int*>(begin); // NOLINT(*-reinterpret-cast): as KLU packs them
         const double* values = begin + (length + 1) / 2;
         double even = 0.0, odd = 0.0;
         int i = 0;
@@ -98,12 +103,13 @@ void SparseSolver::leaveOut(const std::vector<unsigned>& equations) {
         sources.clear();
     }
     values.resize(sources.size());
-        analyse();
+    analyse();
 }
 
 void SparseSolver::analyse() {
     size = static_cast<int>(rowStarts.size()) - 1;
     permuted.resize(static_cast<std::size_t>(size));
+    reciprocals.resize(static_cast<std::size_t>(size));
     numeric.reset();
     symbolic.reset(klu_analyze(size, rowStarts.data(), columns.data(), common.get()));
 }
@@ -174,48 +180,78 @@ void SparseSolver::solve(const double* rightHandSide, double* unknowns) {
     if (!kept.empty())
         std::fill_n(unknowns, matrix->rows, 0.0);
     for (int k = 0; k < size; ++k)
-        unknowns[getEquation(numeric->Pnum[k])] = permuted[static_cast<std::size_t>(k)] / numeric->Rs[k];
+        unknowns[getEquation(numeric->Pnum[k])] = permuted[static_cast<std::size_t>(k)];
 }
 
 // What klu_tsolve does, but it waits for memory at every column of a large matrix: the columns are too short
 // for the processor to run ahead, so that the following ones are asked for here.
 void SparseSolver::substitute(double* x) const {
-    const auto* pivots = static_cast<const double*>(numeric->Udiag);
     if (size == 1) { // KLU keeps no factors then
-        x[0] /= pivots[0];
-        return;
+        x[0] *= reciprocals[0];
+    } else {
+        const auto* factors = static_cast<const double*>(numeric->LUbx[0]);
+        const FactorColumns upper{factors, numeric->Uip, numeric->Ulen},
+            lower{factors, numeric->Lip, numeric->Llen};
+        for (int k = 0; k < size; ++k) {
+            upper.fetch(std::min(k + columnsFetchedAhead, size - 1));
+            x[k] = (x[k] - upper.multiply(k, x)) * reciprocals[static_cast<std::size_t>(k)];
+        }
+        for (int k = size - 1; k >= 0; --k) {
+            lower.fetch(std::max(k - columnsFetchedAhead, 0));
+            x[k] -= lower.multiply(k, x);
+        }
     }
-    const auto* factors = static_cast<const double*>(numeric->LUbx[0]);
-    const FactorColumns lower{factors, numeric->Lip, numeric->Llen}, upper{factors, numeric->Uip, numeric->Ulen};
-    for (int k = 0; k < size; ++k) {
-        upper.fetch(std::min(k + columnsFetchedAhead, size - 1));
-        x[k] = (x[k] - upper.multiply(k, x)) / pivots[k];
-    }
-    for (int k = size - 1; k >= 0; --k) {
-        lower.fetch(std::max(k - columnsFetchedAhead, 0));
-        x[k] -= lower.multiply(k, x);
-    }
+    if (numeric->Rs)
+        for (int k = 0; k < size; ++k)
+            x[k] /= numeric->Rs[k];
 }
 
+// Scaling the rows matters for the choice of pivots and for judging them, not for what they give; and it
+// takes a fifth of KLU's time.
 bool SparseSolver::refactoriseWithOldPivots(double* present) {
     ++refactorisations;
     hasOldPivots = true;
+    common->scale = noScaling;
     if (!klu_refactor(rowStarts.data(), columns.data(), present, symbolic.get(), numeric.get(),
                       common.get()) ||
         common->status == KLU_SINGULAR)
         return false;
-    // Pivots tell at once that all is well; the growth takes a walk through the factors.
-    if (klu_rcond(symbolic.get(), numeric.get(), common.get()) &&
-        common->rcond > suspiciousLossOfCondition * conditionAtFactorisation)
-        return true;
-    if (!klu_rgrowth(rowStarts.data(), columns.data(), present, symbolic.get(), numeric.get(), common.get()))
-        return false;
-    return common->rgrowth > allowedLossOfPivotGrowth * pivotGrowthAtFactorisation;
+    // Pivots tell at once that all is well; the growth takes another look.
+    return takePivots() > suspiciousLossOfCondition * pivotRatioAtFactorisation || isPivotGrowthGood(present);
+}
+
+bool SparseSolver::isPivotGrowthGood(double* present) {
+    common->scale = scalingByLargest;
+    return klu_refactor(rowStarts.data(), columns.data(), present, symbolic.get(), numeric.get(),
+                        common.get()) &&
+           common->status != KLU_SINGULAR && takePivots() > 0.0 &&
+           measurePivotGrowth(present) > allowedLossOfPivotGrowth * pivotGrowthAtFactorisation;
+}
+
+double SparseSolver::measurePivotGrowth(double* present) {
+    klu_rgrowth(rowStarts.data(), columns.data(), present, symbolic.get(), numeric.get(), common.get());
+    return common->rgrowth;
+}
+
+/// Keeps the reciprocals of the pivots and returns the smallest over the largest, of rows without scaling;
+/// NaN if one is.
+double SparseSolver::takePivots() {
+    const auto* pivots = static_cast<const double*>(numeric->Udiag);
+    double smallest = std::numeric_limits<double>::infinity(), largest = 0.0, zero = 0.0;
+    for (int k = 0; k < size; ++k) {
+        reciprocals[static_cast<std::size_t>(k)] = 1.0 / pivots[k];
+        const double pivot = std::fabs(numeric->Rs ? pivots[k] * numeric->Rs[k] : pivots[k]);
+        smallest = std::min(smallest, pivot);
+        largest = std::max(largest, pivot);
+        zero += 0.0 * pivot;
+    }
+    return smallest / largest + zero;
 }
 
 bool SparseSolver::factoriseWithNewPivots(double* present) {
     ++factorisations;
     hasOldPivots = false;
+    common->scale = scalingByLargest;
     numeric.reset(klu_factor(rowStarts.data(), columns.data(), present, symbolic.get(), common.get()));
     if (!numeric || common->status == KLU_SINGULAR) {
         // A column of the transposed matrix is an equation.
@@ -231,9 +267,8 @@ bool SparseSolver::factoriseWithNewPivots(double* present) {
         return false;
     }
     valuesOfPivots.assign(present, present + columns.size());
-    conditionAtFactorisation = common->rcond;
-    klu_rgrowth(rowStarts.data(), columns.data(), present, symbolic.get(), numeric.get(), common.get());
-    pivotGrowthAtFactorisation = common->rgrowth;
+    pivotRatioAtFactorisation = takePivots();
+    pivotGrowthAtFactorisation = measurePivotGrowth(present);
     return true;
 }
 

@@ -59,7 +59,10 @@ class SparseSolver {
     void scatterValues(const std::vector<double>& factorised);
     bool refactoriseWithOldPivots(double* values);
     bool repeatFactorisations(std::vector<double>& ofPivots, const std::vector<double>& refactorised);
+    bool isPivotGrowthGood(double* values);
     bool factoriseWithNewPivots(double* values);
+    double measurePivotGrowth(double* values);
+    double takePivots();
     void substitute(double* x) const;
     unsigned findSmallestPivot() const;
     unsigned getEquation(int row) const;
@@ -68,6 +71,7 @@ class SparseSolver {
     int size = 0;                        // of what is factorised
     std::vector<int> rowStarts, columns; // zero-based pattern of what is factorised
     std::vector<double> permuted;        // unknowns in the order of elimination
+    std::vector<double> reciprocals;     // of the pivots
     // These are empty if nothing is left out.
     std::vector<unsigned> kept;    // equation per row of what is factorised
     std::vector<unsigned> sources; // place in the matrix per value of what is factorised
@@ -78,7 +82,7 @@ class SparseSolver {
     std::vector<double> valuesOfPivots; // from which the pivots were chosen
     bool hasOldPivots = false;          // the last factorisation kept them
     double pivotGrowthAtFactorisation = 1.0;
-    double conditionAtFactorisation = 1.0; // smallest over largest pivot
+    double pivotRatioAtFactorisation = 1.0; // smallest over largest
     unsigned singularEquation = 0;
     unsigned long factorisations = 0;
     unsigned long refactorisations = 0;

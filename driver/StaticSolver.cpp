@@ -23,6 +23,7 @@ constexpr double contradiction = 1e-6; // of an equation left out, in radii of g
 constexpr unsigned numOfTimeSteps = 50;
 constexpr double smallestTimeStep = 1e-6; // share of the time
 constexpr unsigned numOfNamedResiduals = 3;
+constexpr double negligibleShare = 1e-9; // of the largest residual: rounding
 
 double* data(MBS_ModelPhysicalDofVector& vector) {
     return vector.dofVector->data;
@@ -214,7 +215,8 @@ StepResult StaticSolver::refuseWithResiduals(const std::string& text) {
                       [&](unsigned a, unsigned b) { return std::fabs(R[a]) > std::fabs(R[b]); });
     std::vector<std::string> largest;
     for (std::ptrdiff_t i = 0; i < numOfRows; ++i)
-        if (const unsigned row = rows[static_cast<std::size_t>(i)]; R[row] != 0.0)
+        if (const unsigned row = rows[static_cast<std::size_t>(i)];
+            std::fabs(R[row]) > negligibleShare * std::fabs(R[rows.front()]))
             largest.push_back(fmt::format("{} ({:.3g})", names->getName(row), R[row]));
     return refuse(fmt::format("{} Largest forces without balance: {}.", text,
                               joinShortly(largest, numOfNamedResiduals)));

@@ -180,8 +180,10 @@ TEST_F(Program, FindsARestThatARunKeeps) {
     EXPECT_THAT(out, HasSubstr("Results           results/model/model_static.toml\n"));
     const std::string reactions = readText(folder / "results/model/model_reactions.csv");
     EXPECT_THAT(reactions, StartsWith("joint,on body,x [m],y [m],z [m],Fx [N],Fy [N],Fz [N],Mx [Nm],"));
-    EXPECT_THAT(reactions, HasSubstr("\n\"hinge, left\",stone,1,0,"));
-    EXPECT_THAT(readText(folder / "results/model/model_positions.csv"), HasSubstr(",0,-1,0.70710678"));
+    EXPECT_THAT(reactions,
+                ContainsRegex("\n\"hinge, left\",stone,(1|1[.]0000000000|0[.]9999999999)[0-9]*,0,"));
+    EXPECT_THAT(readText(folder / "results/model/model_positions.csv"),
+                ContainsRegex(",0,-(1|1[.]0000000000|0[.]9999999999)[0-9]*,0[.]70710678"));
     ASSERT_EQ(run("run results/model/model_static.toml -o again"), 0) << messages;
     EXPECT_THAT(out, HasSubstr("Start positions   fulfil the constraints as they are\n"));
     EXPECT_THAT(out, ContainsRegex("accelerations of at most [0-9.]+e-[0-9]+ m"));
