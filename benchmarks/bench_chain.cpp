@@ -5,6 +5,7 @@
 #include "driver/HHTSystem.h"
 
 #include <benchmark/benchmark.h>
+#include <klu.h>
 #include <velmora/velmora.h>
 
 #include <memory>
@@ -44,6 +45,43 @@ void addLink(IO_DataModel& data, unsigned i) {
         block->addKeyValue(key, "yes");
 }
 
+/// KLU as it comes: one refactorisation and one solve by its own functions, without scaling, its quickest
+/// way.
+class KluAlone {
+  public:
+    explicit KluAlone(const MBM_SparseMat_CSR3& matrix)
+        : size(static_cast<int>(matrix.rows)),
+          values(matrix.values, matrix.values + matrix.rowIndex[matrix.rows] - 1) {
+        for (unsigned row = 0; row <= matrix.rows; ++row)
+            starts.push_back(static_cast<int>(matrix.rowIndex[row]) - 1);
+        for (std::size_t k = 0; k < values.size(); ++k)
+            rows.push_back(static_cast<int>(matrix.colIndices[k]) - 1);
+        klu_defaults(&common);
+        common.btf = 0;
+        symbolic = klu_analyze(size, starts.data(), rows.data(), &common);
+        numeric = klu_factor(starts.data(), rows.data(), values.data(), symbolic, &common);
+        common.scale = -1;
+    }
+    KluAlone(const KluAlone&) = delete;
+    KluAlone& operator=(const KluAlone&) = delete;
+    ~KluAlone() {
+        klu_free_numeric(&numeric, &common);
+        klu_free_symbolic(&symbolic, &common);
+    }
+    void refactoriseAndSolve(std::vector<double>& x) {
+        klu_refactor(starts.data(), rows.data(), values.data(), symbolic, numeric, &common);
+        klu_tsolve(symbolic, numeric, size, 1, x.data(), &common);
+    }
+
+  private:
+    int size;
+    std::vector<int> starts, rows;
+    std::vector<double> values;
+    klu_common common{};
+    klu_symbolic* symbolic = nullptr;
+    klu_numeric* numeric = nullptr;
+};
+
 /// A chain in motion, with everything that a Newton iteration needs.
 class Chain {
   public:
@@ -76,6 +114,7 @@ class Chain {
         updateJacobian();
         matrix->update();
         solver->factorise();
+        klu = std::make_unique<KluAlone>(*matrix->getPointerToSparseJacobian());
         rightHandSide.assign(matrix->getPointerToSparseJacobian()->rows, 1.0);
         solution = rightHandSide;
     }
@@ -107,6 +146,7 @@ class Chain {
     std::unique_ptr<MBS_ModelConstraintDofVector> residual;
     std::unique_ptr<MBS_GlobalModelMatrix> matrix;
     std::unique_ptr<SparseSolver> solver;
+    std::unique_ptr<KluAlone> klu;
     std::vector<double> rightHandSide, solution;
     ChainFloor floor;
 };
@@ -150,6 +190,12 @@ void sparseSolver(benchmark::State& state) {
         c.solver->solve(c.rightHandSide.data(), c.solution.data());
     });
 }
+void kluAlone(benchmark::State& state) {
+    run(state, [](Chain& c) {
+        c.solution = c.rightHandSide;
+        c.klu->refactoriseAndSolve(c.solution);
+    });
+}
 void iterationWithNewMatrix(benchmark::State& state) {
     run(state, [](Chain& c) {
         c.system->evaluate(*c.state);
@@ -171,6 +217,7 @@ BENCHMARK(matrixRefresh)->RangeMultiplier(10)->Range(10, 10000);
 BENCHMARK(kernelShare)->RangeMultiplier(10)->Range(10, 10000);
 BENCHMARK(floorOfKernelShare)->RangeMultiplier(10)->Range(10, 10000);
 BENCHMARK(sparseSolver)->RangeMultiplier(10)->Range(10, 10000);
+BENCHMARK(kluAlone)->RangeMultiplier(10)->Range(10, 10000);
 BENCHMARK(iterationWithNewMatrix)->RangeMultiplier(10)->Range(10, 10000);
 BENCHMARK(iterationWithOldMatrix)->RangeMultiplier(10)->Range(10, 10000);
 
