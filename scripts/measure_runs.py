@@ -38,17 +38,21 @@ def iterations(done):
     return done.number(r"Newton iterations +(\d+)")
 
 
+def new_matrices(done):
+    return done.number(r"(\d+) with known pivots")
+
+
 def growth(program, folder):
-    rows = ["| links | steps | iterations | time [s] | per link and iteration [us] | growth exponent |",
-            "|---:|---:|---:|---:|---:|---:|"]
+    rows = ["| links | steps | iterations | new matrices | time [s] | per link and iteration [us] | growth exponent |",
+            "|---:|---:|---:|---:|---:|---:|---:|"]
     before = None
     for count in (100, 1000, 10000):
         done = run(program, folder, chain(count, {"end_time": 0.2, "step": STEP, "fixed_step": True}, RESULTS))
         each = done.seconds / iterations(done)
         exponent = f"{math.log10(each / before):.2f}" if before else ""
         before = each
-        rows.append(f"| {count} | {done.steps} | {iterations(done):.0f} | {done.seconds:.3f} | {each / count * 1e6:.2f} | "
-                    f"{exponent} |")
+        rows.append(f"| {count} | {done.steps} | {iterations(done):.0f} | {new_matrices(done):.0f} | "
+                    f"{done.seconds:.3f} | {each / count * 1e6:.2f} | {exponent} |")
     return rows
 
 
